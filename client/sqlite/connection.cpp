@@ -1,0 +1,113 @@
+#include "connection.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "catalogue.h"
+#include "error.h"
+#include "sql_text.h"
+#include "statement.h"
+
+namespace ormel::client::sqlite {
+
+namespace {
+
+std::string openingOf(const std::string &file) {
+    return "database file " + file;
+}
+
+// Why a file could not be opened. One that cannot be made is tried once more for reading, and so seems to be missing.
+std::string reasonOf(int systemError, const std::string &file) {
+    std::error_code ignored;
+    const bool hasFolder = std::filesystem::is_directory(std::filesystem::path(file).parent_path(), ignored);
+    if (systemError == ENOENT && hasFolder)
+        return "it does not exist, and its folder cannot be written";
+    return std::strerror(systemError) + std::string(hasFolder ? "" : "; its folder must exist");
+}
+
+// SQLite's words, and the system's reason where there is one.
+[[noreturn]] void failOpening(sqlite3 *database, const std::string &file) {
+    Error error = lastError(database, openingOf(file));
+    const int systemError = sqlite3_system_errno(database);
+    if ((error.code & 0xFF) == SQLITE_CANTOPEN && systemError != 0)
+        error.message += ": " + reasonOf(systemError, file);
+    throw error;
+}
+
+OwnedDatabase openDatabase(const std::string &file) {
+    constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    sqlite3 *raw = nullptr;
+    const int result = sqlite3_open_v2(file.c_str(), &raw, flags, nullptr);
+    OwnedDatabase database(raw);
+    if (result != SQLITE_OK)
+        failOpening(raw, file);
+    return database;
+}
+
+std::string journalMode(sqlite3 *database, const char *pragma, const std::string &file) {
+    sqlite3_stmt *raw = nullptr;
+    sqlite3_prepare_v2(database, pragma, -1, &raw, nullptr);
+    const OwnedStatement statement(raw);
+    if (raw == nullptr || sqlite3_step(raw) != SQLITE_ROW)
+        failOpening(database, file);
+    const auto *mode = reinterpret_cast<const char *>(sqlite3_column_text(raw, 0));
+    return mode != nullptr ? mode : "";
+}
+
+// The mode is the file's own and is set once. A file that cannot be written stays as it is, for reading.
+void useWriteAheadLog(sqlite3 *database, const std::string &file) {
+    if (journalMode(database, "PRAGMA main.journal_mode", file) == "wal" || sqlite3_db_readonly(database, "main") == 1)
+        return;
+    const std::string mode = journalMode(database, "PRAGMA main.journal_mode = WAL", file);
+    if (mode != "wal")
+        refuse(SQLITE_CANTOPEN, openingOf(file) +
+                                    ": the file system does not allow write-ahead logging (the mode stays " + mode +
+                                    "); keep the database on a local file system");
+}
+
+OwnedDatabase openConnection(const std::string &file, std::chrono::milliseconds patience) {
+    OwnedDatabase database = openDatabase(file);
+    sqlite3_busy_timeout(database.get(), static_cast<int>(patience.count()));
+    useWriteAheadLog(database.get(), file);
+    run(database.get(), "PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON");
+    addCatalogue(database.get());
+    return database;
+}
+
+} // namespace
+
+SqliteConnection::SqliteConnection(const std::string &file, std::chrono::milliseconds patience)
+    : database_(openConnection(file, patience)), transaction_(database_.get(), patience) {}
+
+// Prepares the one statement that the text may hold. The text's terminator is handed over too, which saves a copy.
+OwnedStatement SqliteConnection::compile(std::string_view sql) {
+    sqlite3_stmt *raw = nullptr;
+    const char *rest = nullptr;
+    if (sqlite3_prepare_v3(database_.get(), sql.data(), static_cast<int>(sql.size()) + 1, SQLITE_PREPARE_PERSISTENT,
+                           &raw, &rest) != SQLITE_OK)
+        fail(database_.get());
+    OwnedStatement statement(raw);
+    const std::string_view tail = skipBlanks({rest, static_cast<size_t>(sql.data() + sql.size() - rest)});
+    if (statement == nullptr || !tail.empty())
+        refuse(SQLITE_ERROR, "a text must hold one statement; here a second one, or none, begins with: " +
+                                 std::string(tail.substr(0, 40)));
+    return statement;
+}
+
+std::unique_ptr<Statement> SqliteConnection::prepare(const std::string &sql) {
+    const std::string_view text = skipBlanks(sql);
+    if (text.empty())
+        refuse(SQLITE_ERROR, "the text holds no statement");
+    const std::string word = firstWord(text);
+    const Role role = roleOf(word);
+    if (role == Role::control)
+        refuse(SQLITE_MISUSE, word + " cannot be run as a statement: transactions begin by themselves and end by the "
+                                     "connection's commit and rollback");
+    OwnedStatement statement = statements_.take(sql);
+    if (statement == nullptr)
+        statement = compile(text);
+    return std::make_unique<SqliteStatement>(transaction_, statements_, sql, role, std::move(statement));
+}
+
+} // namespace ormel::client::sqlite

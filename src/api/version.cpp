@@ -1,0 +1,5 @@
+#include "ormeldb/version.h"
+
+const char *ORMEL_Version() {
+    return ORMELDB_VERSION;
+}

@@ -1,0 +1,168 @@
+// The command ormel: its command line, and what becomes of errors.
+#include <algorithm>
+#include <clocale>
+#include <functional>
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+#include <ormeldb.h>
+
+#include "commands.h"
+#include "error.h"
+
+namespace {
+
+enum ExitCode { kDone = 0, kFailed = 1, kWrongUse = 2 };
+
+// What the words of the command line fill in.
+struct Options {
+    cli::Place place;
+    std::string directory;
+    std::string passwordFile;
+    std::string text;
+    std::string table;
+    std::vector<std::string> where;
+    cli::LoadRequest load;
+    cli::ChangeRequest change;
+};
+
+struct Command {
+    CLI::App *words;
+    bool needsHome;
+    std::function<void()> run;
+};
+
+void addTable(CLI::App *command, std::string &table) {
+    command->add_option("TABLE", table, "the table's name")->type_name("")->required();
+}
+
+// One condition for each option, so that the word after it is not taken for another.
+void addWhere(CLI::App *command, std::vector<std::string> &where) {
+    command->add_option("--where", where, "only records that meet the condition; give it again for more: all must hold")
+        ->type_name("'COL OP VALUE'")
+        ->allow_extra_args(false);
+}
+
+void addAll(CLI::App *command, cli::ChangeRequest &change) {
+    command->add_flag("--all", change.all, "every record of the table");
+}
+
+Command addNew(CLI::App &app, Options &options) {
+    CLI::App *words = app.add_subcommand("new", "Make a home: configuration, password, places for data and log");
+    words->add_option("DIR", options.directory, "the directory to make")->type_name("")->required();
+    words->add_option("--password-file", options.passwordFile, "take the database password from a file")
+        ->type_name("FILE");
+    return {words, false, [&] { cli::makeHome(options.directory, options.passwordFile); }};
+}
+
+Command addSql(CLI::App &app, Options &options) {
+    CLI::App *words = app.add_subcommand("sql", "Run one SQL statement and commit it");
+    words->add_option("TEXT", options.text, "the statement")->type_name("")->required();
+    return {words, true, [&] { cli::runSql(options.text); }};
+}
+
+Command addDescribe(CLI::App &app, Options &options) {
+    CLI::App *words = app.add_subcommand("describe", "Show a table's columns and the layout of its records");
+    addTable(words, options.table);
+    return {words, true, [&] { cli::describeTable(options.table); }};
+}
+
+Command addLoad(CLI::App &app, Options &options) {
+    CLI::App *words = app.add_subcommand("load", "Insert all records of a CSV file, or none");
+    addTable(words, options.load.table);
+    words->add_option("FILE", options.load.file, "the CSV file, without a heading")->type_name("")->required();
+    words
+        ->add_option("--separator", options.load.separator, "what stands between fields, \\t for the tab; else a comma")
+        ->type_name("C");
+    return {words, true, [&] { cli::loadFile(options.load, options.place); }};
+}
+
+Command addCount(CLI::App &app, Options &options) {
+    CLI::App *words = app.add_subcommand("count", "Count records");
+    addTable(words, options.table);
+    addWhere(words, options.where);
+    return {words, true, [&] { cli::countRecords(options.table, options.where); }};
+}
+
+Command addShow(CLI::App &app, Options &options) {
+    CLI::App *words = app.add_subcommand("show", "Show records");
+    addTable(words, options.table);
+    addWhere(words, options.where);
+    return {words, true, [&] { cli::showRecords(options.table, options.where); }};
+}
+
+Command addDelete(CLI::App &app, Options &options) {
+    CLI::App *words = app.add_subcommand("delete", "Delete records");
+    addTable(words, options.change.table);
+    addWhere(words, options.change.where);
+    addAll(words, options.change);
+    return {words, true, [&] { cli::deleteRecords(options.change); }};
+}
+
+Command addUpdate(CLI::App &app, Options &options) {
+    CLI::App *words = app.add_subcommand("update", "Give columns of records new values");
+    addTable(words, options.change.table);
+    words->add_option("COL=VALUE", options.change.assignments, "the new values")->type_name("")->required();
+    addWhere(words, options.change.where);
+    addAll(words, options.change);
+    return {words, true, [&] { cli::updateRecords(options.change); }};
+}
+
+std::vector<Command> addCommands(CLI::App &app, Options &options) {
+    app.require_subcommand(0, 1);
+    app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    app.fallthrough(); // so that --home may also stand behind the command
+    app.set_version_flag("--version", std::string("ormel ") + ORMEL_Version());
+    app.add_option("--home", options.place.home,
+                   "the home to work in; else the one whose bin/ is the current directory")
+        ->type_name("DIR");
+    app.add_option("--called-from", options.place.calledFrom)->group(""); // not for people: see enterHome
+    std::vector<Command> commands;
+    for (const auto add : {addNew, addSql, addDescribe, addLoad, addCount, addShow, addDelete, addUpdate})
+        commands.push_back(add(app, options));
+    for (const Command &command : commands)
+        command.words->group("Commands");
+    app.footer("ormel COMMAND --help tells more about a command.");
+    return commands;
+}
+
+int complain(ExitCode code, std::string message) {
+    std::replace(message.begin(), message.end(), '\n', ' ');
+    std::cout.flush();
+    std::cerr << "ormel: " << message << '\n';
+    return code;
+}
+
+int run(CLI::App &app, const std::vector<Command> &commands, const Options &options, int argc, char **argv) {
+    app.parse(argc, argv);
+    const auto given =
+        std::find_if(commands.begin(), commands.end(), [](const Command &command) { return command.words->parsed(); });
+    if (given == commands.end())
+        throw cli::UsageError("say what to do (ormel --help tells the commands)");
+    if (given->needsHome)
+        cli::enterHome(options.place, {argv, argv + argc});
+    given->run();
+    if (!std::cout.flush())
+        throw cli::Failure("cannot write the output");
+    return kDone;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    std::setlocale(LC_CTYPE, "C.UTF-8"); // the library's text is UTF-8, whatever the terminal's language
+    CLI::App app("Keeps records in a database through ormeldb", "ormel");
+    try {
+        Options options;
+        const std::vector<Command> commands = addCommands(app, options);
+        return run(app, commands, options, argc, argv);
+    } catch (const CLI::Success &help) {
+        return app.exit(help);
+    } catch (const CLI::ParseError &error) {
+        return complain(kWrongUse, std::string(error.what()) + " (ormel --help tells the commands)");
+    } catch (const cli::UsageError &error) {
+        return complain(kWrongUse, error.what());
+    } catch (const std::exception &error) {
+        return complain(kFailed, error.what());
+    }
+}

@@ -1,0 +1,93 @@
+#include "password.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include <ormeldb/config.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "error.h"
+
+namespace cli {
+namespace {
+
+constexpr size_t kLongest = sizeof(ORMEL_CONN_CFG::acPassword) - 2; // what the library keeps of it
+
+// The library would cut a longer one without a word, and a line end would end it.
+std::string checked(std::string password, const std::string &source) {
+    while (!password.empty() && (password.back() == '\n' || password.back() == '\r'))
+        password.pop_back();
+    if (password.empty())
+        throw Failure(source + " holds no password; the library needs one (the embedded engine takes any)");
+    if (password.size() > kLongest)
+        throw Failure(source + " holds more than the " + std::to_string(kLongest) + " bytes that the library keeps");
+    if (password.find_first_of(std::string("\0\r\n", 3)) != std::string::npos)
+        throw Failure(source + " has more than one line; it takes the password and nothing else");
+    return password;
+}
+
+// The terminal without echo; an interrupt ends the reading, so that the terminal is always put back.
+class HiddenInput {
+public:
+    HiddenInput() {
+        tcgetattr(STDIN_FILENO, &terminal_);
+        termios hidden = terminal_;
+        hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
+        struct sigaction noticed {};
+        noticed.sa_handler = [](int) {};
+        sigaction(SIGINT, &noticed, &interrupt_);
+    }
+    ~HiddenInput() {
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &terminal_);
+        sigaction(SIGINT, &interrupt_, nullptr);
+    }
+    HiddenInput(const HiddenInput &) = delete;
+    HiddenInput &operator=(const HiddenInput &) = delete;
+
+    std::string line() {
+        std::string text;
+        char c = 0;
+        ssize_t got = 0;
+        while ((got = read(STDIN_FILENO, &c, 1)) == 1 && c != '\n')
+            text += c;
+        if (got < 0)
+            throw Failure("no password was given");
+        return text;
+    }
+
+private:
+    termios terminal_{};
+    struct sigaction interrupt_ {};
+};
+
+} // namespace
+
+std::string passwordFromFile(const std::string &path) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "re"), std::fclose);
+    char text[kLongest + 3]; // with its line end, and one byte to see that there is more
+    const size_t size = file == nullptr ? 0 : std::fread(text, 1, sizeof text, file.get());
+    if (file == nullptr || std::ferror(file.get()) != 0)
+        throw Failure("cannot read the password file " + path + ": " + std::strerror(errno));
+    return checked({text, size}, "the password file " + path);
+}
+
+std::string passwordFromTerminal() {
+    if (isatty(STDIN_FILENO) == 0)
+        throw UsageError("there is no terminal to ask for the database password on; name a file that holds it with "
+                         "--password-file FILE");
+    std::fputs("Database password (any, for the embedded engine): ", stderr);
+    std::string text;
+    {
+        HiddenInput input;
+        text = input.line();
+    }
+    std::fputs("\n", stderr);
+    return checked(std::move(text), "the terminal");
+}
+
+} // namespace cli

@@ -1,0 +1,112 @@
+#include "session.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include <ormeldb/platform/decrypt.h>
+#include <ormeldb/platform/liblog.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "home.h"
+#include "text.h"
+
+namespace cli {
+namespace {
+
+// Away from the numbers that servers take, so that the tool never writes into a server's log file.
+constexpr int32_t kLogSlot = 900;
+
+constexpr const char *kWait = "another process is at work in it: try again when it is done";
+
+// The library tells the reason of an unreadable file to the log alone.
+void checkConfiguration() {
+    const std::string file = homeFile("conf/db.conf");
+    struct stat status {};
+    if (stat(file.c_str(), &status) != 0 || access(file.c_str(), R_OK) != 0)
+        throw Failure("cannot read the configuration " + file + ": " + std::strerror(errno) +
+                      "; put the file in order, or make a new home with: ormel new DIR");
+    if (!S_ISREG(status.st_mode))
+        throw Failure("the configuration " + file +
+                      " is not a regular file; put the file in order, or make a new home with: ormel new DIR");
+}
+
+// What is wrong with a password file that is there, libdecrypt says itself when it is loaded.
+Failure startFailure() {
+    const std::string passwordFile = homeFile("conf/db.password");
+    if (g_decrypt_info_s[ORMEL_DECRYPT_PASSWORD_OFFSET] == '\0')
+        return Failure("there is no database password: write it into " + passwordFile + " and run: chmod 600 " +
+                       passwordFile + " (the embedded engine takes any)");
+    return Failure("the library refuses the configuration " + homeFile("conf/db.conf") + "; the reason stands in " +
+                   logFile());
+}
+
+// The engines have no code in common for it.
+bool isAboutLock(const std::string &words) {
+    return lowerCase(words).find("lock") != std::string::npos;
+}
+
+} // namespace
+
+Session::Started::Started() {
+    checkConfiguration();
+    g_frame_slot_id = kLogSlot;
+    KPL_LogInit();
+    ORMEL_ResAttMgrInit();
+}
+
+Session::Started::~Started() {
+    ORMEL_UnInit();
+}
+
+Session::Session() : connection_(nullptr) {
+    if (ORMEL_TransMgrInit() != ORMEL_OK)
+        throw startFailure();
+    connection_ = ORMEL_DBConnect();
+    if (connection_ == nullptr)
+        throw databaseFailure("cannot open the database that " + homeFile("conf/db.conf") + " names",
+                              "correct that file, or make what it names; its paths begin in " + homeFile("bin"));
+}
+
+Session::~Session() {
+    ORMEL_DBDisConnect(connection_);
+}
+
+void Session::commit() {
+    if (dbCommitTrans(connection_) != ORMEL_OK)
+        throw connectionFailure(connection_, "the database refused the commit, nothing was changed");
+}
+
+Failure databaseFailure(const std::string &what, const std::string &remedy) {
+    ORMEL_ERROR error{};
+    if (ORMEL_LastError(&error) != ORMEL_OK)
+        return Failure(what + "; the reason stands in " + logFile());
+    const std::string words = error.acText;
+    const std::string advice = isAboutLock(words) ? kWait : remedy;
+    return Failure(what + ": " + words + (advice.empty() ? "" : "; ") + advice);
+}
+
+Failure connectionFailure(void *connection, const std::string &what) {
+    dbPrintError(connection);
+    return databaseFailure(what);
+}
+
+Transaction::Transaction() : slot_(ORMEL_StartTrans(__func__, __LINE__)) {
+    if (slot_ == nullptr)
+        throw databaseFailure("cannot begin a transaction");
+}
+
+Transaction::~Transaction() {
+    if (slot_ != nullptr)
+        ORMEL_RollbackTrans(slot_);
+}
+
+void Transaction::commit() {
+    ORMEL_TRANS *slot = slot_;
+    slot_ = nullptr;
+    if (ORMEL_CommitTrans(slot) != ORMEL_OK)
+        throw databaseFailure("the database refused the commit");
+}
+
+} // namespace cli

@@ -1,0 +1,39 @@
+// Values between text, as people write and read it, and bytes, as records hold them.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace cli {
+
+// A text that is no value of its column; what() is the reason, to be put behind the column's name.
+struct ValueError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// The name of a client type id, as people know it.
+std::string typeName(uint32_t type);
+
+// Whether values of the type line up at their right end.
+bool isNumber(uint32_t type);
+
+// Whether values of the type are compared with "like".
+bool isText(uint32_t type);
+
+// Whether the type is a large object, which no record carries.
+bool isLargeObject(uint32_t type);
+
+// Writes a value into a field of a record or into the value of a condition, which it fills with zeros first. Throws
+// ValueError where the text is no value of the type or the field cannot hold it.
+void parseValue(uint32_t type, std::string_view text, std::span<uint8_t> field);
+
+// Throws ValueError where the text is no decimal number: what travels as text is not looked at by parseValue.
+void checkDecimal(std::string_view text);
+
+// The text of a value: of numbers the shortest that reads back the same, of byte strings hexadecimal digits.
+std::string formatValue(uint32_t type, std::span<const uint8_t> bytes);
+
+} // namespace cli

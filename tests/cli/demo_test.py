@@ -1,0 +1,59 @@
+"""The demo, with the command that is being tested."""
+
+import csv
+import os
+import re
+import subprocess
+import unittest
+
+from harness import ORMEL, SOURCE, DirectoryTest
+
+DATA = "/usr/share/unicode/UnicodeData.txt"
+
+
+class Demo(DirectoryTest):
+    def test_shows_what_is_in_the_file(self):
+        with open(DATA, encoding="ascii", newline="") as file:
+            rows = list(csv.reader(file, delimiter=";"))
+        done = subprocess.run([os.path.join(SOURCE, "scripts/demo-steps"), ORMEL, self.directory], capture_output=True,
+                              encoding="utf-8", timeout=280)
+        self.assertEqual((done.returncode, done.stderr), (0, ""), done.stdout)
+        steps = {}
+        for step in done.stdout.split("\n$ ")[1:]:
+            command, _, output = step.partition("\n")
+            steps.setdefault(command, []).append(output.split("\n\n# ")[0].strip("\n"))
+
+        def said(command):
+            return steps["ormel --home home " + command]
+
+        def count(condition):
+            return f"{sum(map(condition, rows))} rows"
+
+        self.assertEqual(said("load unicode /usr/share/unicode/UnicodeData.txt --separator ';'"),
+                         [f"{len(rows)} rows loaded into unicode"])
+        left = [row for row in rows if row[2] != "Co" and row[0] > "001F"]
+        self.assertEqual(said("count unicode"), [f"{len(rows)} rows", f"{len(left)} rows"])
+        self.assertEqual(said("count unicode --where 'combining <> 0'"), [count(lambda row: row[3] != "0")])
+        self.assertEqual(said("count unicode --where 'name like %ARROW%' --where 'category = Sm'"),
+                         [count(lambda row: "ARROW" in row[1] and row[2] == "Sm")])
+        snow = count(lambda row: row[1].startswith("SNOW"))
+        self.assertTrue(said("show unicode --where 'name like SNOW%'")[0].endswith(f"\n({snow})"))
+        self.assertIn(" 2603  | SNOWMAN ", said("show unicode --where 'name like SNOW%'")[0])
+        self.assertEqual(said("update unicode 'remark=seen in winter' --where 'name like SNOW%'"), [snow + " updated"])
+        self.assertEqual(said("count unicode --where 'remark = seen in winter'"), [snow])
+        self.assertEqual(said("delete unicode --where 'category = Co'"), [count(lambda row: row[2] == "Co") + " deleted"])
+        self.assertIn("15 columns, record length ", said("describe unicode")[0])
+        for place in ["data/ormel.db", "conf/db.conf", "var/log/slot-900"]:
+            self.assertIn(self.path("home/" + place), done.stdout)
+            self.assertTrue(os.path.exists(self.path("home/" + place)))
+        last = steps["tail -n 5 home/var/log/slot-900"][0].splitlines()
+        self.assertIn("# The last command began with ORMEL_TransMgrInit", done.stdout)
+        self.assertEqual(len(last), 5)
+        for line in last:
+            self.assertRegex(line, r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6} [A-Z]+ LOG_ORMEL:\d+:\w+: ")
+        self.assertRegex(last[-1], r"ORMEL_TransMgrClean: After Uninit, Conn count: 0$")
+        self.assertTrue(any(re.search(r"db\.conf host:", line) for line in last), last)
+
+
+if __name__ == "__main__":
+    unittest.main()

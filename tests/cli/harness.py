@@ -1,0 +1,83 @@
+"""What the tests of the command share: a home in a directory of its own, and the command run in it."""
+
+import os
+import shutil
+import sqlite3
+import subprocess
+import tempfile
+import unittest
+
+ORMEL = os.environ["ORMEL"]
+EXAMPLES = os.environ["ORMEL_EXAMPLES"]  # the directory of the built example programs
+SOURCE = os.environ["ORMEL_SOURCE"]
+
+
+class DirectoryTest(unittest.TestCase):
+    """A test in a fresh directory, the working directory of what it runs."""
+
+    def setUp(self):
+        self.directory = os.path.realpath(tempfile.mkdtemp(prefix="ormel-cli-"))
+        self.addCleanup(shutil.rmtree, self.directory)
+        self.write("password", "secret\n")
+
+    def path(self, name):
+        return os.path.join(self.directory, name)
+
+    def write(self, name, content):
+        with open(self.path(name), "wb") as file:
+            file.write(content if isinstance(content, bytes) else content.encode())
+        return name
+
+    def read(self, name):
+        with open(self.path(name), encoding="utf-8", newline="") as file:
+            return file.read()
+
+    def run_ormel(self, *arguments, **options):
+        options.setdefault("cwd", self.directory)
+        options.setdefault("stdin", subprocess.DEVNULL)
+        return subprocess.run([ORMEL, *arguments], capture_output=True, encoding="utf-8", timeout=200, **options)
+
+    def succeed(self, *arguments, notes="", **options):
+        """Runs the command, which says nothing on standard error but the notes; its standard output."""
+        done = self.run_ormel(*arguments, **options)
+        self.assertEqual((done.returncode, done.stderr), (0, notes), done.stdout)
+        return done.stdout
+
+    def fail_with(self, code, *arguments, **options):
+        """Runs the command, which fails with one line and without output; the line behind "ormel: "."""
+        done = self.run_ormel(*arguments, **options)
+        self.assertEqual((done.returncode, done.stdout), (code, ""), done.stderr)
+        lines = done.stderr.splitlines()
+        self.assertEqual(len(lines), 1, done.stderr)
+        self.assertTrue(lines[0].startswith("ormel: "), lines[0])
+        return lines[0][len("ormel: "):]
+
+
+class HomeTest(DirectoryTest):
+    """A test with a home, in which self.ormel and self.refused run a command."""
+
+    def setUp(self):
+        super().setUp()
+        self.succeed("new", "home", "--password-file", "password")
+
+    def ormel(self, *arguments, **options):
+        return self.succeed("--home", "home", *arguments, **options)
+
+    def refused(self, code, *arguments, **options):
+        return self.fail_with(code, "--home", "home", *arguments, **options)
+
+    def sql(self, text):
+        return self.ormel("sql", text)
+
+    def database(self):
+        """The database as another program sees it."""
+        connection = sqlite3.connect(self.path("home/data/ormel.db"), isolation_level=None)
+        self.addCleanup(connection.close)
+        return connection
+
+    def configure(self, key, value):
+        """Gives a key of the configuration another value."""
+        lines = self.read("home/conf/db.conf").splitlines()
+        self.assertIn(key, [line.split("=")[0] for line in lines])
+        changed = [f"{key}={value}" if line.split("=")[0] == key else line for line in lines]
+        self.write("home/conf/db.conf", "\n".join(changed) + "\n")

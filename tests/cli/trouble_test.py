@@ -1,0 +1,103 @@
+"""What is wrong outside the command line: each time one line that says what, where and what to do."""
+
+import os
+import socket
+import unittest
+
+from harness import HomeTest
+
+
+class Trouble(HomeTest):
+    def setUp(self):
+        super().setUp()
+        self.sql("CREATE TABLE t (id INTEGER)")
+
+    def count(self):
+        return self.refused(1, "count", "t")
+
+    def test_no_configuration(self):
+        os.remove(self.path("home/conf/db.conf"))
+        self.assertEqual(self.count(), f"cannot read the configuration {self.path('home/conf/db.conf')}: No such file or "
+                                       "directory; put the file in order, or make a new home with: ormel new DIR")
+
+    def test_a_configuration_that_is_no_file(self):
+        reason = (f"the configuration {self.path('home/conf/db.conf')} is not a regular file; put the file in order, or "
+                  "make a new home with: ormel new DIR")
+        os.remove(self.path("home/conf/db.conf"))
+        os.mkdir(self.path("home/conf/db.conf"))
+        self.assertEqual(self.count(), reason)
+        os.rmdir(self.path("home/conf/db.conf"))
+        with socket.socket(socket.AF_UNIX) as listener:
+            self.addCleanup(os.chdir, os.getcwd())
+            os.chdir(self.path("home/conf"))  # a socket's whole name may be too long
+            listener.bind("db.conf")
+        self.assertEqual(self.count(), reason)
+
+    def test_no_password(self):
+        password = self.path("home/conf/db.password")
+        os.remove(password)
+        self.assertEqual(self.count(), f"there is no database password: write it into {password} and run: chmod 600 "
+                                       f"{password} (the embedded engine takes any)")
+
+    def test_a_password_that_others_can_read(self):
+        password = self.path("home/conf/db.password")
+        os.chmod(password, 0o644)
+        done = self.run_ormel("--home", "home", "count", "t")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        library, command = done.stderr.splitlines()
+        self.assertIn(f"group or others can read it; run: chmod 600 {password}", library)
+        self.assertIn("ormel: there is no database password: ", command)
+
+    def test_an_engine_that_is_not_there(self):
+        self.configure("db.driver", "nonesuch")
+        line = self.count()
+        self.assertIn(f"cannot open the database that {self.path('home/conf/db.conf')} names: ", line)
+        self.assertIn("nonesuch", line)
+
+    def test_a_database_in_a_missing_directory(self):
+        self.configure("db.dbname", "../none/ormel.db")
+        line = self.count()
+        self.assertIn(f"cannot open the database that {self.path('home/conf/db.conf')} names: ", line)
+        self.assertIn("none/ormel.db", line)
+
+    def test_a_file_that_is_no_database(self):
+        self.write("home/data/other.db", "this is no database file\n" * 100)
+        self.configure("db.dbname", "../data/other.db")
+        self.assertIn("file is not a database", self.count())
+
+    def test_a_locked_database(self):
+        self.configure("client.busy_timeout_ms", "50")
+        other = self.database()
+        other.execute("BEGIN IMMEDIATE")
+        self.write("x.csv", "1\n")
+        for command in [["delete", "t", "--all"], ["update", "t", "id=1", "--all"], ["load", "t", "x.csv"],
+                        ["sql", "INSERT INTO t VALUES (1)"]]:
+            line = self.refused(1, *command)
+            self.assertIn("database is locked", line)
+            self.assertIn("another process is at work in it: try again when it is done", line)
+        self.assertEqual(self.ormel("count", "t"), "0 rows\n", "a reader does not wait")
+        other.execute("ROLLBACK")
+        self.assertEqual(self.ormel("load", "t", "x.csv"), "1 row loaded into t\n")
+
+    def test_a_table_that_is_not_there(self):
+        self.write("x.csv", "1\n")
+        for command in [["describe"], ["count"], ["show"], ["delete", "--all"], ["update", "id=1", "--all"]]:
+            line = self.refused(1, command[0], "nonesuch", *command[1:])
+            self.assertTrue(line.startswith("cannot describe the table nonesuch: "), line)
+            self.assertIn("no such table: nonesuch", line)
+        self.assertIn("no such table: nonesuch", self.refused(1, "load", "nonesuch", "x.csv"))
+
+    def test_a_log_that_cannot_be_written_stops_nothing(self):
+        os.remove(self.path("home/var/log/slot-900"))
+        os.mkdir(self.path("home/var/log/slot-900"))
+        done = self.run_ormel("--home", "home", "count", "t")
+        self.assertEqual((done.returncode, done.stdout), (0, "0 rows\n"))
+        self.assertIn("slot-900", done.stderr)
+
+    def test_the_log_has_the_databases_words(self):
+        self.refused(1, "count", "nonesuch")
+        self.assertRegex(self.read("home/var/log/slot-900"), r"ERROR LOG_ORMEL:.*QD-\d{5,} .*no such table: nonesuch")
+
+
+if __name__ == "__main__":
+    unittest.main()

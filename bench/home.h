@@ -1,0 +1,22 @@
+// A temporary home with a database of its own, in whose bin/ the benchmarks run.
+#pragma once
+
+#include <string>
+
+namespace bench {
+
+class Home {
+public:
+    Home();  // makes it, enters it and fills the database; ends the program with a message where it cannot
+    ~Home(); // removes it
+    Home(const Home &) = delete;
+    Home &operator=(const Home &) = delete;
+
+private:
+    std::string path_;
+};
+
+inline constexpr char kDatabase[] = "../data/ormel.db";
+inline constexpr int kPeople = 10000; // rows of the table people, with the keys 0 to kPeople - 1
+
+} // namespace bench

@@ -12,10 +12,14 @@ struct Remedy {
     std::string_view text;
 };
 
-constexpr std::array<Remedy, 3> kRemedies = {{
+constexpr std::string_view kWritable = "this process must be allowed to write the database file and its folder";
+
+constexpr std::array<Remedy, 5> kRemedies = {{
     {SQLITE_BUSY, "another connection holds the lock; it was waited for as long as client.busy_timeout_ms allows"},
     {SQLITE_BUSY_SNAPSHOT, "another connection has changed the database since this transaction first read from it; "
                            "roll back and repeat the transaction"},
+    {SQLITE_READONLY, kWritable},
+    {SQLITE_READONLY_DIRECTORY, kWritable},
     {SQLITE_NOTADB, "db.dbname must name an SQLite database or a file that does not exist yet"},
 }};
 

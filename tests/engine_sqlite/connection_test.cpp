@@ -165,7 +165,7 @@ TEST_F(ConnectionTest, aFileThatCannotBeWrittenCanBeRead) {
         EXPECT_EQ(query(*connection, "SELECT * FROM t").size(), 1U);
         const Error error = errorOf([&] { run(*connection, "DELETE FROM t"); });
         EXPECT_EQ(error.code & 0xFF, static_cast<uint32_t>(SQLITE_READONLY));
-        EXPECT_THAT(error.message, HasSubstr("attempt to write a readonly database"));
+        EXPECT_THAT(error.message, HasSubstr("attempt to write a readonly database: this process must be allowed"));
     });
 }
 

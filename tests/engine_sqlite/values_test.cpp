@@ -76,6 +76,13 @@ TEST_F(ValuesTest, numbersTravelAsTextWithoutLoss) {
     EXPECT_EQ(readBack("DATE", "'2024-02-29'"), "2024-02-29");
 }
 
+// SQLite's own doing, which its page tells of.
+TEST_F(ValuesTest, textThatLooksLikeANumberBecomesOneOutsideOfTextColumns) {
+    EXPECT_EQ(readBack("DATE", "'007'"), "7");
+    EXPECT_EQ(readBack("JSON", "'1.0'"), "1");
+    EXPECT_EQ(readBack("VARCHAR(5)", "'007'"), "007");
+}
+
 TEST_F(ValuesTest, realsAsTextReadBackAsTheSameNumber) {
     const auto seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));

@@ -3,9 +3,9 @@
 #include <spdlog/formatter.h>
 
 #include <fcntl.h>
-#include <stdio_ext.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <stdexcept>
@@ -76,10 +76,6 @@ bool LogFile::close() {
 }
 
 void LogFile::leaveToParent() {
-    // What the parent could not write is left to the parent, too.
-    if (stream_ != nullptr)
-        __fpurge(stream_);
-    pending_ = false;
     release();
 }
 
@@ -95,11 +91,9 @@ bool LogFile::openSink() {
 std::unique_ptr<LogFile::Sink> LogFile::makeSink() {
     refuseSpecialFile(claim_.path());
     spdlog::file_event_handlers handlers;
-    handlers.after_open = [this](const spdlog::filename_t &, std::FILE *stream) {
-        stream_ = stream;
+    handlers.after_open = [](const spdlog::filename_t &, std::FILE *stream) {
         fcntl(fileno(stream), F_SETFD, FD_CLOEXEC);
     };
-    handlers.before_close = [this](const spdlog::filename_t &, std::FILE *) { stream_ = nullptr; };
     auto sink = std::make_unique<Sink>(claim_.path(), rotation_.bytes, rotation_.files - 1, false, handlers);
     sink->set_formatter(std::make_unique<Verbatim>());
     return sink;

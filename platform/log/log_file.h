@@ -6,7 +6,6 @@
 #include <spdlog/sinks/rotating_file_sink.h>
 
 #include <chrono>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -34,7 +33,8 @@ public:
     bool flush();
     // One user less; the last one closes the file. False when it is closed already.
     bool close();
-    // In the child of a fork: the file stays the parent's. The next line opens one for this process.
+    // In the child of a fork, where the buffer is empty: the file stays the parent's. The next line opens one for this
+    // process.
     void leaveToParent();
 
 private:
@@ -52,7 +52,6 @@ private:
     bool troubled_ = false;
     std::chrono::steady_clock::time_point retryAt_;
     Claim claim_;
-    std::FILE *stream_ = nullptr; // the sink's
     std::unique_ptr<Sink> sink_;
 };
 

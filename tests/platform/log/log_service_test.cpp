@@ -53,12 +53,14 @@ size_t writeCalls() {
     return count;
 }
 
-// Whether the thread that writes lines out is there.
-bool flusherLives() {
-    for (const auto &task : namesIn("/proc/self/task"))
-        if (readFile("/proc/self/task/" + task + "/comm") == "ormel-log\n")
-            return true;
-    return false;
+// What the kernel tells of the thread that hands lines over; nothing where there is none.
+std::string flusherStatus() {
+    for (const auto &task : namesIn("/proc/self/task")) {
+        const std::string status = readFile("/proc/self/task/" + task + "/status");
+        if (status.starts_with("Name:\tormel-log\n"))
+            return status;
+    }
+    return {};
 }
 
 TEST_F(LogService, MakesNoWriteCallPerLine) {
@@ -92,8 +94,21 @@ TEST_F(LogService, WritesLinesAgainAfterAPause) {
         print(log, line);
         expected += line;
         EXPECT_TRUE(eventually([&] { return logged() == expected; }));
-        EXPECT_TRUE(eventually([] { return !flusherLives(); }));
+        EXPECT_TRUE(eventually([] { return flusherStatus().empty(); }));
     }
+    LIB_LOG_DeleteInstance(log);
+}
+
+// The host's signals are for the host's threads.
+TEST_F(LogService, TakesNoSignals) {
+    void *log = createInstance(file());
+    print(log, "line\r\n");
+    const std::string status = flusherStatus();
+    const size_t mask = status.find("SigBlk:\t");
+    ASSERT_NE(mask, std::string::npos) << status;
+    const uint64_t blocked = std::stoull(status.substr(mask + 8), nullptr, 16);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGALRM, SIGUSR1, SIGCHLD})
+        EXPECT_NE(blocked & uint64_t{1} << (signal - 1), 0u) << signal;
     LIB_LOG_DeleteInstance(log);
 }
 

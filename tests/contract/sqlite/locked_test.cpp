@@ -4,12 +4,14 @@
 
 #include <array>
 #include <chrono>
+#include <thread>
 
 #include "sqlite/sqlite_engine.h"
 
 namespace {
 
 using namespace contract;
+using std::chrono::milliseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
 using testing::AllOf;
@@ -119,16 +121,29 @@ TEST_P(LockedTest, AWriteOnChangedRowsIsRefusedAtOnce) {
     EXPECT_OK(db, qdc_commit(db));
 }
 
-// As long as nothing else was committed, rows that were read do not stand in the way of the write.
-TEST_P(LockedTest, AWriteAfterReadingWaitsForARunningWriterThatChangesNothing) {
+// As long as nothing was committed meanwhile, a transaction that has read rows waits like any other.
+TEST_P(LockedTest, AWriteAfterReadingWaitsForAWriterThatGivesUp) {
+    configure("client.busy_timeout_ms=3600000\n");
     Connection db = connect();
     makeTable(db, 1);
     EXPECT_EQ(count(db), 1);
-    Connection other = connect();
-    fill(other, 2, 2);
-    other.rollback();
-    fill(db, 3, 3);
-    EXPECT_OK(db, qdc_commit(db));
+    const RawDatabase other = raw();
+    other.run("begin immediate");
+    other.run("insert into t (id) values (2)");
+    std::string failure;
+    std::thread waiting([&] {
+        try {
+            fill(db, 3, 3);
+            db.commit();
+        } catch (const ClientError &error) {
+            failure = error.what();
+        }
+    });
+    std::this_thread::sleep_for(milliseconds(100)); // a writer that does not wait has failed by now
+    other.run("rollback");
+    waiting.join();
+    EXPECT_EQ(failure, "");
+    EXPECT_EQ(other.value("select group_concat(id) from t"), "1,3");
 }
 
 TEST_P(LockedTest, NothingIsMadeInTheFileForTheCatalogue) {

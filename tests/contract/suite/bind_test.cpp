@@ -137,6 +137,22 @@ TEST_P(BindTest, ValuesAreReadWhenTheStatementRuns) {
     EXPECT_EQ(db.rows("select id, v from t order by id"), (Rows{rowOf("1", "b"), rowOf("2", "c"), rowOf("3", "d")}));
 }
 
+// The memory is the caller's again when execute returns, also while rows are still to come.
+TEST_P(BindTest, ValuesAreNotNeededAfterTheExecution) {
+    Connection db = connect();
+    makeTable(db, 100);
+    Statement query(db, "select id from t where id > :1 and v <> :2 order by id");
+    query.readAhead(1);
+    {
+        const auto limit = std::make_unique<int32_t>(10);
+        const std::string text = "row 50 and nothing but row 50";
+        query.bind(0, kInteger, limit.get(), sizeof *limit);
+        query.bind(1, kVarchar, text.data(), 6);
+        EXPECT_EQ(query.execute(), 1U);
+    }
+    EXPECT_EQ(query.rest().size(), 89U);
+}
+
 TEST_P(BindTest, ValuesNeedNoAlignment) {
     Connection db = connect();
     makeTable(db);

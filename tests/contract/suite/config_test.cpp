@@ -7,7 +7,6 @@ namespace {
 
 using namespace contract;
 using testing::AllOf;
-using testing::AnyOf;
 using testing::HasSubstr;
 namespace fs = std::filesystem;
 
@@ -18,7 +17,7 @@ protected:
         Connection db;
         EXPECT_NE(db.connect(where), 0U);
         EXPECT_NE(db.errorCode(), 0U);
-        const std::string said = db.error();
+        std::string said = db.error();
         void *statement = nullptr;
         EXPECT_NE(qdc_alloc_stmt(db, &statement), 0U) << "a connection that failed is not open";
         return said;

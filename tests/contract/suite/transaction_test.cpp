@@ -4,8 +4,6 @@
 namespace {
 
 using namespace contract;
-using testing::AllOf;
-using testing::Each;
 
 class TransactionTest : public ContractTest {
 protected:

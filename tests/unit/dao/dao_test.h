@@ -12,9 +12,7 @@ namespace unit {
 class DaoTest : public UnitTest {
 protected:
     void SetUp() override { Renew(); }
-    void TearDown() override {
-        Close();
-    }
+    void TearDown() override { Close(); }
 
     // A client that knows nothing, with a connection: handles are counted from 1 again.
     void Renew() {

@@ -333,7 +333,9 @@ TEST_F(ParaByObjectTest, RefusesWrongCountsAndUncheckedItems) {
                                                    {"ORMEL_ParaCondUpdateByObject", ORMEL_ParaCondUpdateByObject}};
     Add("id", Bytes(int32_t{5}), 0, 0);
     const ORMEL_OBJECT good = object_;
-    for (const auto &[name, fill] : fills) {
+    for (const auto &entry : fills) {
+        const char *name = entry.first;
+        const Fill fill = entry.second;
         SCOPED_TRACE(name);
         for (int32_t count : {-1, 33, INT32_MAX, INT32_MIN}) {
             object_ = good;

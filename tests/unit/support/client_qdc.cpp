@@ -22,11 +22,12 @@ std::string Shown(const char *text) {
 std::string Escaped(const std::string &bytes) {
     static const char *digits = "0123456789abcdef";
     std::string shown;
-    for (unsigned char c : bytes) {
+    for (char c : bytes) {
         if (c >= ' ' && c < 0x7F) {
-            shown += static_cast<char>(c);
+            shown += c;
         } else {
-            shown += {'\\', digits[c >> 4], digits[c & 15]};
+            auto byte = static_cast<unsigned char>(c);
+            shown += {'\\', digits[byte >> 4], digits[byte & 15]};
         }
     }
     return "'" + shown + "'";

@@ -254,8 +254,11 @@ TEST_F(ResAttTest, CopiesColumnNames) {
     char names[4][ORMEL_NAME_SIZE];
     std::memset(names, 'x', sizeof(names));
     uint8_t count = 99;
-    EXPECT_EQ(ORMEL_GetAllFieldByRes(att.get(), names, 3, &count), 0u);
-    EXPECT_EQ(count, 3);
+    for (int32_t capacity : {3, 4}) {
+        count = 99;
+        EXPECT_EQ(ORMEL_GetAllFieldByRes(att.get(), names, capacity, &count), 0u);
+        EXPECT_EQ(count, 3);
+    }
     EXPECT_STREQ(names[0], "ID");
     EXPECT_STREQ(names[1], "NAME");
     EXPECT_STREQ(names[2], "BALANCE");

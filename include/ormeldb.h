@@ -21,9 +21,9 @@
  *     Record buffers, condition lists and field selections are the caller's and are only read or filled. Pointers that
  *     a getter returns belong to what they were got from.
  *
- * (4) Text. UTF-8, ended by a NUL where a field has room for one. Names of tables and columns have at most 27 bytes, are
- *     compared ignoring case, and go into statements as they stand: they never come from untrusted input. Values never
- *     go into statement texts.
+ * (4) Text. UTF-8, ended by a NUL where a field has room for one. Names of tables and columns have at most 27 bytes,
+ *     are compared ignoring case, and go into statements as they stand: they never come from untrusted input. Values
+ *     never go into statement texts.
  *
  * (5) Records. A record is the values of a table's columns back to back, in column order, without any padding: a field
  *     begins where the one before it ends. Take a table
@@ -46,8 +46,9 @@
  *     time-outs say their unit in their name.
  *
  * (7) Threads. The library has no threads of its own and runs in any number of callers' threads. ORMEL_Init and
- *     ORMEL_UnInit exclude all else. A connection, and so a slot, is used by one thread at a time; plain operations have
- *     a connection of their own and need no care. After a fork, only the process that made a connection may use it.
+ *     ORMEL_UnInit exclude all else. A connection, and so a slot, is used by one thread at a time; plain operations
+ *     have a connection of their own and need no care. After a fork, only the process that made a connection may use
+ *     it.
  *
  * (8) Files. The library reads "../conf/db.conf" and logs to "../var/log", both relative to the working directory when
  *     it is started.

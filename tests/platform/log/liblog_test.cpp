@@ -108,13 +108,16 @@ TEST(Liblog, KeepsItsFileWhenTheWorkingDirectoryChanges) {
     const auto before = std::filesystem::current_path();
     std::filesystem::create_directory(dir / "bin");
     std::filesystem::current_path(dir / "bin");
-    void *log = createInstance("../var/log/slot-0");
+    void *logs[] = {createInstance("../var/log/slot-0"), createInstance("slot-0")};
     std::filesystem::current_path(before);
-    print(log, "one\r\n");
-    LIB_LOG_DeleteInstance(log);
-    print(log, "two\r\n");
-    LIB_LOG_DeleteInstance(log);
+    for (void *log : logs) {
+        print(log, "one\r\n");
+        LIB_LOG_DeleteInstance(log);
+        print(log, "two\r\n");
+        LIB_LOG_DeleteInstance(log);
+    }
     EXPECT_EQ(readFile(dir / "var" / "log" / "slot-0"), "one\r\ntwo\r\n");
+    EXPECT_EQ(readFile(dir / "bin" / "slot-0"), "one\r\ntwo\r\n");
 }
 
 // Each thread's lines come whole, all of them and in their order, while another one closes the file again and again.

@@ -111,43 +111,63 @@ TEST(LogFile, IsNotHandedToOtherPrograms) {
     LIB_LOG_DeleteInstance(log);
 }
 
-// /dev/full takes a file's opening and refuses every byte.
-TEST(LogFile, SaysOnceThatTheDiskIsFull) {
-    const TempDir dir;
-    std::filesystem::create_symlink("/dev/full", dir / "slot-0");
-    testing::internal::CaptureStderr();
-    void *log = createInstance(dir / "slot-0");
-    ASSERT_NE(log, nullptr);
-    size_t refused = 0;
-    for (size_t i = 0; i < 100; ++i)
-        refused += print(log, lineOfKiB(i)) != 0 ? 1 : 0;
-    LIB_LOG_DeleteInstance(log);
-    const std::string errors = testing::internal::GetCapturedStderr();
-    EXPECT_GT(refused, 0u);
-    EXPECT_EQ(linesIn(errors), 1u) << errors;
-    EXPECT_THAT(errors, HasSubstr((dir / "slot-0").string() + ": No space left on device"));
-    EXPECT_THAT(errors, HasSubstr("log.path"));
+// /dev/full lets itself be opened and refuses every byte.
+class LogFileOnAFullDisk : public testing::Test {
+protected:
+    void SetUp() override {
+        fill();
+        testing::internal::CaptureStderr();
+        log_ = createInstance(file_);
+        ASSERT_NE(log_, nullptr);
+    }
+    void fill() { std::filesystem::create_symlink("/dev/full", file_); }
+    void empty() { std::filesystem::remove(file_); }
+    void printUntilRefused() {
+        while (print(log_, lineOfKiB(0)) == 0) {
+        }
+    }
+    // The pause after a trouble is over, and a line was taken again.
+    bool takesALineAgain() {
+        return eventually([&] { return print(log_, "again\r\n") == 0; });
+    }
+    // What was said until the log was closed.
+    std::string errors() {
+        LIB_LOG_DeleteInstance(log_);
+        return testing::internal::GetCapturedStderr();
+    }
+
+    const TempDir dir_;
+    const std::filesystem::path file_ = dir_ / "slot-0";
+    void *log_ = nullptr;
+};
+
+TEST_F(LogFileOnAFullDisk, SaysSoOnceHoweverOftenItTries) {
+    printUntilRefused();
+    ASSERT_TRUE(takesALineAgain());
+    printUntilRefused();
+    const std::string said = errors();
+    EXPECT_EQ(linesIn(said), 1u) << said;
+    EXPECT_THAT(said, HasSubstr(file_.string() + ": No space left on device"));
+    EXPECT_THAT(said, HasSubstr("log.path"));
 }
 
-TEST(LogFile, GoesOnWhenTheTroubleIsOver) {
-    const TempDir dir;
-    std::filesystem::create_symlink("/dev/full", dir / "slot-0");
-    testing::internal::CaptureStderr();
-    void *log = createInstance(dir / "slot-0");
-    while (print(log, lineOfKiB(0)) == 0) {
-    }
-    std::filesystem::remove(dir / "slot-0");
-    EXPECT_TRUE(eventually([&] { return print(log, "again\r\n") == 0; }));
-    LIB_LOG_DeleteInstance(log);
-    EXPECT_EQ(readFile(dir / "slot-0"), "again\r\n");
+TEST_F(LogFileOnAFullDisk, GoesOnWhenThereIsRoomAgain) {
+    printUntilRefused();
+    empty();
+    ASSERT_TRUE(takesALineAgain());
+    errors();
+    EXPECT_EQ(readFile(file_), "again\r\n");
+}
 
-    // A new trouble is a new line.
-    std::filesystem::remove(dir / "slot-0");
-    std::filesystem::create_symlink("/dev/full", dir / "slot-0");
-    while (print(log, lineOfKiB(0)) == 0) {
-    }
-    LIB_LOG_DeleteInstance(log);
-    EXPECT_EQ(linesIn(testing::internal::GetCapturedStderr()), 2u);
+TEST_F(LogFileOnAFullDisk, SaysSoAgainWhenItIsFullAgain) {
+    printUntilRefused();
+    empty();
+    ASSERT_TRUE(takesALineAgain());
+    LIB_LOG_DeleteInstance(log_);
+    empty();
+    fill();
+    printUntilRefused();
+    EXPECT_EQ(linesIn(errors()), 2u);
 }
 
 struct BadPlace {

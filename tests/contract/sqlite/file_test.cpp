@@ -3,8 +3,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <atomic>
 #include <filesystem>
 #include <functional>
+#include <thread>
 
 #include "sqlite/sqlite_engine.h"
 
@@ -146,6 +149,30 @@ TEST_P(FileTest, AnEmptyFileIsAnEmptyDatabase) {
     Connection db = connect();
     makeTable(db, 1);
     EXPECT_EQ(count(db), 1);
+}
+
+// The first of them sets the file's mode, for which the others have to wait.
+TEST_P(FileTest, ManyConnectionsMakeTheFileAtOnce) {
+    constexpr int kThreads = 4;
+    for (int round = 0; round < 50; ++round) {
+        home().writeConfig("db.dbname=../data/new" + std::to_string(round) + ".db\nclient.busy_timeout_ms=600000\n");
+        std::atomic<int> ready = 0;
+        std::array<std::string, kThreads> failures;
+        std::vector<std::thread> threads;
+        for (std::string &failure : failures)
+            threads.emplace_back([&] {
+                Connection db;
+                ++ready;
+                while (ready < kThreads)
+                    std::this_thread::yield();
+                if (db.connect(target()) != 0)
+                    failure = db.error();
+            });
+        for (std::thread &thread : threads)
+            thread.join();
+        for (const std::string &failure : failures)
+            ASSERT_EQ(failure, "") << "round " << round;
+    }
 }
 
 // Root may write anything, so that the work is done by a child that is somebody else. It has five answers: 0 as it

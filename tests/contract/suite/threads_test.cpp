@@ -70,6 +70,29 @@ TEST_P(ThreadsTest, WritersAndReadersAtOnce) {
     EXPECT_EQ(count(db), kThreads * kRows);
 }
 
+// As the library's plain operations do: a connection for every one of them, the last of which may just have gone.
+TEST_P(ThreadsTest, AConnectionForEveryWork) {
+    constexpr int32_t kRows = 20;
+    {
+        Connection db = connect();
+        makeTable(db);
+    }
+    inThreads([&](int thread) {
+        for (int32_t i = 0; i < kRows; ++i) {
+            Connection writer = connect();
+            Statement probe(writer, "select * from t where 1<>1");
+            probe.execute();
+            fill(writer, thread * 1000 + i, thread * 1000 + i);
+            writer.commit();
+            Connection reader = connect();
+            if (reader.rows("select v from t where id = :1", thread * 1000 + i).size() != 1)
+                throw ClientError("a committed row is missing");
+        }
+    });
+    Connection db = connect();
+    EXPECT_EQ(count(db), kThreads * kRows);
+}
+
 TEST_P(ThreadsTest, ReadersAtOnce) {
     {
         Connection db = connect();

@@ -56,7 +56,7 @@ size_t writeCalls() {
 // What the kernel tells of the thread that hands lines over; nothing where there is none.
 std::string flusherStatus() {
     for (const auto &task : namesIn("/proc/self/task")) {
-        const std::string status = readFile("/proc/self/task/" + task + "/status");
+        std::string status = readFile("/proc/self/task/" + task + "/status");
         if (status.starts_with("Name:\tormel-log\n"))
             return status;
     }

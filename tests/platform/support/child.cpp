@@ -10,8 +10,6 @@
 #include <csignal>
 #include <system_error>
 
-extern char **environ;
-
 namespace ormel::test {
 namespace {
 

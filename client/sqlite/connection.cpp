@@ -1,8 +1,10 @@
 #include "connection.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 
 #include "catalogue.h"
 #include "error.h"
@@ -66,10 +68,25 @@ void useWriteAheadLog(sqlite3 *database, const std::string &file) {
                                     "); keep the database on a local file system");
 }
 
+// SQLite does not wait by itself for another connection that is setting the mode of the same new file.
+void awaitWriteAheadLog(sqlite3 *database, const std::string &file, std::chrono::milliseconds patience) {
+    constexpr std::chrono::milliseconds pause(2);
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    for (;;) {
+        try {
+            return useWriteAheadLog(database, file);
+        } catch (const Error &error) {
+            if ((error.code & 0xFF) != SQLITE_BUSY || std::chrono::steady_clock::now() >= deadline)
+                throw;
+        }
+        std::this_thread::sleep_for(pause);
+    }
+}
+
 OwnedDatabase openConnection(const std::string &file, std::chrono::milliseconds patience) {
     OwnedDatabase database = openDatabase(file);
     sqlite3_busy_timeout(database.get(), static_cast<int>(patience.count()));
-    useWriteAheadLog(database.get(), file);
+    awaitWriteAheadLog(database.get(), file, patience);
     run(database.get(), "PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON");
     addCatalogue(database.get());
     return database;

@@ -15,7 +15,10 @@
  *       connection     ORMEL_DBConnect       ORMEL_DBDisConnect
  *       slot           ORMEL_StartTrans      ORMEL_CommitTrans or ORMEL_RollbackTrans, once, whatever they return
  *       descriptor     ORMEL_CreatResAtt     ORMEL_DestoryResAtt; the cache keeps it until ORMEL_UnInit
+ *       cursor         ORMEL_BeginSelect     ORMEL_EndSelect, once, whatever the fetches returned
  *       result         dbSelectRec ...       dbResClear
+ *       select result  ORMEL_SelectRec2 ...  ORMEL_SelectResultClear; of a fetch, ORMEL_SelectResultClearForFetch
+ *       object         ORMEL_Object...Set    ORMEL_ObjectParaClear
  *       statement      dbCreateStmt ...      dbFreeStmt
  *       SQL text       db...MallocSql        free
  *     Record buffers, condition lists and field selections are the caller's and are only read or filled. Pointers that
@@ -62,6 +65,7 @@
 #include "ormeldb/base.h"
 #include "ormeldb/batch.h"
 #include "ormeldb/config.h"
+#include "ormeldb/cursor.h"
 #include "ormeldb/dao.h"
 #include "ormeldb/error.h"
 #include "ormeldb/lifecycle.h"

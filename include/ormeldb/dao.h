@@ -156,6 +156,24 @@ ORMEL_API DB_RESULT *dbUpdateRec(void *pConn, const char *pcTableName, const ORM
  * when there is no statement. Free it with dbFreeStmt.
  */
 ORMEL_API void *dbSelectRec1(void *pConn, const char *pcTableName, const ORMEL_PARA *pstPara);
+/* As dbSelectRec, with uiCount rows at most, also beyond PREFETCH_ROWS. 0: an empty result. */
+ORMEL_API DB_RESULT *dbSelectRecWithCount(void *pConn, const char *pcTableName, const ORMEL_PARA *pstPara,
+                                          uint32_t uiCount);
+/*
+ * The first uiCount rows of an executed query, or NULL; room for all of them is made before the first is read. The
+ * table's name is used in messages.
+ */
+ORMEL_API DB_RESULT *dbGetResultWithCount(void *pStmt, const char *pcTableName, uint32_t uiCount);
+
+/* --- Row by row ------------------------------------------------------------------------------------------------ */
+
+/* Executes "SELECT * FROM" the table; the statement, before its first row, or NULL. Free it with dbFreeStmt. */
+ORMEL_API void *dbBeginFetch(void *pConn, const char *pcTableName);
+/*
+ * The next row as a result of one row, an empty result at the end of data, or NULL when it cannot be read: the
+ * statement stays as it is. Free each with dbResClear.
+ */
+ORMEL_API DB_RESULT *dbGetFetchResult(void *pStmt);
 
 ORMEL_END_DECLS
 

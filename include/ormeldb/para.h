@@ -89,7 +89,10 @@ ORMEL_API uint32_t ORMEL_ParaCondUpdateByCond(ORMEL_PARA *pstPara, const ORMEL_C
  */
 ORMEL_API uint32_t ORMEL_ParaFieldUpdateByObject(ORMEL_PARA *pstPara, ORMEL_OBJECT *pstObj);
 
-/* The same as conditions, after the list's fields, together with the object's select fields and paging. */
+/*
+ * The same as conditions, after the list's fields, together with the object's select fields and paging. 98, in the same
+ * way, when an item has no value: nothing equals NULL.
+ */
 ORMEL_API uint32_t ORMEL_ParaCondUpdateByObject(ORMEL_PARA *pstPara, ORMEL_OBJECT *pstObj);
 
 /* Dumps the list to the log; 0, always. A count outside its capacity is shown as 0 slots. */

@@ -2,7 +2,6 @@
 
 #include "api/variant.h"
 #include "dao/owners.h"
-#include "para/cell_integer.h"
 
 using ormel::Commit;
 using ormel::onOwnConnection;
@@ -15,61 +14,25 @@ namespace {
 
 constexpr char kLogFile[] = "ormel_api";
 
-// Runs the count and stores its one cell.
-uint32_t count(void *conn, const char *table, const ORMEL_PARA &para, uint32_t &recNum) {
-    const Result res(dbCount(conn, table, &para));
-    if (res == nullptr)
-        return ORMEL_ERR_NO_RESULT;
-    const uint32_t length = dbGetLengthFromRes(res.get(), 0, 0);
-    const ormel::CellInteger cell(dbGetValueFromRes(res.get(), 0, 0), length);
-    recNum = static_cast<uint32_t>(dbGetIntValue(cell.bytes(), length)); // 0 where there is no value
-    return ORMEL_OK;
+// Selects the rows of a described table that meet the conditions; noResult is the code of a statement that gives none.
+uint32_t select(void *conn, const char *table, const ORMEL_COND *cond, ORMEL_RES_ATT *att, uint32_t noResult,
+                Result &res) {
+    ORMEL_PARA para = {};
+    if (cond != nullptr)
+        if (const uint32_t code = ORMEL_ParaCondUpdateByCond(&para, cond, att); code != ORMEL_OK)
+            return code;
+    res.reset(dbSelectRec(conn, table, &para));
+    return res != nullptr ? ORMEL_OK : noResult;
 }
 
-// Counts by a condition list; the table is described only when there are conditions.
-uint32_t countBy(void *conn, const char *table, const ORMEL_COND *cond, uint32_t &recNum) {
-    ORMEL_PARA para = {};
-    if (cond == nullptr || cond->usCondNum == 0)
-        return count(conn, table, para, recNum);
-    const TableAttributes att(conn, table);
-    if (att.get() == nullptr)
-        return ORMEL_ERR_NO_RESULT;
-    const uint32_t code = ORMEL_ParaCondUpdateByCond(&para, cond, att.get());
-    return code != ORMEL_OK ? code : count(conn, table, para, recNum);
+uint64_t recordLength(const ORMEL_RES_ATT &att) {
+    if (att.iAttNum < 1)
+        return 0;
+    const ORMEL_RES_ATT_FIELD &last = att.astField[att.iAttNum - 1];
+    return static_cast<uint64_t>(last.offset) + static_cast<uint64_t>(last.len);
 }
 
 } // namespace
-
-uint32_t ORMEL_LocalExistRecordForConn(void *pConn, const char *pcTableName, const ORMEL_COND *pstCond,
-                                       uint32_t *puiRecNum) {
-    if (pConn == nullptr || !present(pcTableName, puiRecNum))
-        return ORMEL_ERR_NULL_ARG;
-    ormel::traceIn(__func__);
-    const uint32_t code = countBy(pConn, pcTableName, pstCond, *puiRecNum);
-    ORMEL_LOG(KPL_LOG_DEBUG, "Count uiRet: 0x%x, recNum: %d", code, static_cast<int>(*puiRecNum));
-    return code;
-}
-
-uint32_t ORMEL_LocalExistRecord(const char *pcTableName, const ORMEL_COND *pstCond, uint32_t *puiRecNum) {
-    return onOwnConnection(__func__, present(pcTableName, puiRecNum), Commit::no, [&](void *conn) {
-        return ORMEL_LocalExistRecordForConn(conn, pcTableName, pstCond, puiRecNum);
-    });
-}
-
-uint32_t ORMEL_LocalExistRecordForTrans(ORMEL_TRANS *pstTrans, const char *pcTableName, const ORMEL_COND *pstCond,
-                                        uint32_t *puiRecNum) {
-    return onSlot(__func__, pstTrans, present(pcTableName, puiRecNum),
-                  [&](void *conn) { return ORMEL_LocalExistRecordForConn(conn, pcTableName, pstCond, puiRecNum); });
-}
-
-uint32_t ORMEL_GetBatchSelectCount(void *pConn, const char *pcTableName, const ORMEL_PARA *pstPara,
-                                   uint32_t *puiRecNum) {
-    if (pConn == nullptr || !present(pstPara, puiRecNum))
-        return ORMEL_ERR_NULL_ARG;
-    const uint32_t code = count(pConn, pcTableName, *pstPara, *puiRecNum);
-    ORMEL_LOG(KPL_LOG_DEBUG, "Select recNum: %d, return:0x%x", static_cast<int>(*puiRecNum), code);
-    return code;
-}
 
 uint32_t ORMEL_SelectRecForConn(void *pConn, const char *pcTableName, const ORMEL_COND *pstCond, uint32_t,
                                 ORMEL_RECORD_BUFFER *pstDsbuf) {
@@ -81,12 +44,9 @@ uint32_t ORMEL_SelectRecForConn(void *pConn, const char *pcTableName, const ORME
         ORMEL_LOG(KPL_LOG_ERROR, "Get sql table's Attributes Failed.");
         return ORMEL_ERR_TABLE;
     }
-    ORMEL_PARA para = {};
-    if (pstCond != nullptr)
-        if (const uint32_t code = ORMEL_ParaCondUpdateByCond(&para, pstCond, att.get()); code != ORMEL_OK)
-            return code;
-    const Result res(dbSelectRec(pConn, pcTableName, &para));
-    return res == nullptr ? ORMEL_ERR_NO_RESULT : ORMEL_CreatDsbufByRes(pstDsbuf, res.get(), att.get());
+    Result res;
+    const uint32_t code = select(pConn, pcTableName, pstCond, att.get(), ORMEL_ERR_NO_RESULT, res);
+    return code != ORMEL_OK ? code : ORMEL_CreatDsbufByRes(pstDsbuf, res.get(), att.get());
 }
 
 uint32_t ORMEL_SelectRec(const char *pcTableName, const ORMEL_COND *pstCond, uint32_t uiReserved,
@@ -100,4 +60,55 @@ uint32_t ORMEL_SelectRecForTrans(ORMEL_TRANS *pstTrans, const char *pcTableName,
                                  uint32_t uiReserved, ORMEL_RECORD_BUFFER *pstDsbuf) {
     return onSlot(__func__, pstTrans, present(pcTableName, pstDsbuf),
                   [&](void *conn) { return ORMEL_SelectRecForConn(conn, pcTableName, pstCond, uiReserved, pstDsbuf); });
+}
+
+uint32_t ORMEL_SelectRecForConn2(void *pConn, const char *pcTableName, const ORMEL_COND *pstCond, uint32_t,
+                                 ORMEL_SELECT_RESULT *pstResult) {
+    if (pConn == nullptr || !present(pcTableName, pstResult))
+        return ORMEL_ERR_NULL_ARG;
+    ormel::traceIn(__func__);
+    Result res;
+    {
+        const TableAttributes att(pConn, pcTableName);
+        if (att.get() == nullptr)
+            return ORMEL_ERR_TABLE;
+        const uint32_t code = select(pConn, pcTableName, pstCond, att.get(), ORMEL_ERR_TABLE, res);
+        if (code != ORMEL_OK)
+            return code;
+    }
+    // The descriptor has been given back: on a table's first select it is gone, and the cache has its copy.
+    const uint32_t rows = res->uiRowCount;
+    ORMEL_SelectResultSet(pstResult, ORMEL_ResAttGet(pcTableName), res.release(), rows);
+    return ORMEL_OK;
+}
+
+uint32_t ORMEL_SelectRec2(const char *pcTableName, const ORMEL_COND *pstCond, uint32_t uiReserved,
+                          ORMEL_SELECT_RESULT *pstResult) {
+    return onOwnConnection(__func__, present(pcTableName, pstResult), Commit::no, [&](void *conn) {
+        return ORMEL_SelectRecForConn2(conn, pcTableName, pstCond, uiReserved, pstResult);
+    });
+}
+
+uint32_t ORMEL_SelectRecForTrans2(ORMEL_TRANS *pstTrans, const char *pcTableName, const ORMEL_COND *pstCond,
+                                  uint32_t uiReserved, ORMEL_SELECT_RESULT *pstResult) {
+    return onSlot(__func__, pstTrans, present(pcTableName, pstResult), [&](void *conn) {
+        return ORMEL_SelectRecForConn2(conn, pcTableName, pstCond, uiReserved, pstResult);
+    });
+}
+
+uint32_t ORMEL_ResultConvertDsBuf(const ORMEL_SELECT_RESULT *pstResult, ORMEL_RECORD_BUFFER *pstDsbuf,
+                                  uint32_t uiStartIndex) {
+    if (!present(pstResult, pstDsbuf) || !present(pstResult->pstResAtt, pstResult->pstRes))
+        return ORMEL_ERR_NULL_ARG;
+    const uint64_t length = recordLength(*pstResult->pstResAtt);
+    if (static_cast<uint16_t>(length) != pstDsbuf->usRecLen) {
+        ORMEL_LOG(KPL_LOG_ERROR, "Error: DbRecLen != RecLen, %d, %d", static_cast<int>(length), pstDsbuf->usRecLen);
+        return ORMEL_ERR_FAILED;
+    }
+    if (uint64_t{pstDsbuf->usRecNum} + uiStartIndex > pstResult->uiRecNum) {
+        ORMEL_LOG(KPL_LOG_ERROR, "Error: Out of bounds of index, startIndex:%d, bufRecNum:%d, acturalRecNum:%d",
+                  static_cast<int>(uiStartIndex), pstDsbuf->usRecNum, static_cast<int>(pstResult->uiRecNum));
+        return ORMEL_ERR_FAILED;
+    }
+    return ORMEL_CreatDsbufRangeByRes(pstDsbuf, uiStartIndex, pstResult->pstRes, pstResult->pstResAtt);
 }

@@ -3,6 +3,9 @@
 // to its wrapper.
 #pragma once
 
+#include <cstring>
+#include <utility>
+
 #include "log/log.h"
 #include "ormeldb/base.h"
 #include "ormeldb/dao.h"
@@ -16,21 +19,29 @@ template <class... Pointers> bool present(const Pointers *...pointers) {
 
 enum class Commit { no, yes };
 
-// A table's descriptor for the length of a call, given back with it.
+// A table's descriptor for the length of a call, given back with it unless it is handed over.
 class TableAttributes {
 public:
     TableAttributes(void *conn, const char *table) : att_(ORMEL_CreatResAtt(conn, table, nullptr)) {}
-    ~TableAttributes() {
-        if (att_ != nullptr)
-            ORMEL_DestoryResAtt(att_);
-    }
+    ~TableAttributes() { reset(nullptr); }
     TableAttributes(const TableAttributes &) = delete;
     TableAttributes &operator=(const TableAttributes &) = delete;
     ORMEL_RES_ATT *get() const { return att_; }
+    ORMEL_RES_ATT *release() { return std::exchange(att_, nullptr); }
+    void reset(ORMEL_RES_ATT *att) {
+        if (att_ != nullptr)
+            ORMEL_DestoryResAtt(att_);
+        att_ = att;
+    }
 
 private:
     ORMEL_RES_ATT *att_;
 };
+
+// The name of an object's table; empty, as no table's is, where it has no end.
+inline const char *tableOf(const ORMEL_OBJECT &obj) {
+    return std::memchr(obj.acTableName, '\0', sizeof obj.acTableName) != nullptr ? obj.acTableName : "";
+}
 
 // Logs that an operation of the API begins.
 void traceIn(const char *func);

@@ -1,39 +1,16 @@
 #include "ormeldb/write.h"
 
-#include "api/variant.h"
-#include "dao/owners.h"
+#include "api/write_frame.h"
 
 using ormel::Commit;
 using ormel::onOwnConnection;
 using ormel::onSlot;
 using ormel::present;
-using ormel::Result;
-using ormel::TableAttributes;
+using ormel::write;
 
 namespace {
 
 constexpr char kLogFile[] = "ormel_api";
-
-// What a write does once its table is described: fills the list and runs the statement.
-using WriteStatement = DB_RESULT *(*)(void *conn, const char *table, const ORMEL_PARA *para);
-
-// The frame of every write by records and conditions. fill(para, att) makes the parameter list; what it refuses is
-// never sent. The affected rows go to recNum where it is given.
-template <class Fill>
-uint32_t write(void *conn, const char *table, Fill fill, WriteStatement statement, uint32_t *recNum) {
-    const TableAttributes att(conn, table);
-    if (att.get() == nullptr)
-        return ORMEL_ERR_TABLE;
-    ORMEL_PARA para = {};
-    if (const uint32_t code = fill(&para, att.get()); code != ORMEL_OK)
-        return code;
-    const Result res(statement(conn, table, &para));
-    if (res == nullptr)
-        return ORMEL_ERR_NO_RESULT;
-    if (recNum != nullptr)
-        *recNum = res->uiRowCount;
-    return ORMEL_OK;
-}
 
 uint32_t fillConditions(ORMEL_PARA *para, const ORMEL_COND *cond, ORMEL_RES_ATT *att) {
     return cond != nullptr ? ORMEL_ParaCondUpdateByCond(para, cond, att) : ORMEL_OK;
@@ -46,7 +23,7 @@ uint32_t ORMEL_InsertRecForConn(void *pConn, const char *pcTableName, const ORME
         return ORMEL_ERR_NULL_ARG;
     ormel::traceIn(__func__);
     const uint32_t code = write(
-        pConn, pcTableName,
+        pConn, pcTableName, ORMEL_ERR_TABLE,
         [&](ORMEL_PARA *para, ORMEL_RES_ATT *att) {
             return ORMEL_ParaFieldUpdateByDsbuf(para, nullptr, pstDsbuf, att);
         },
@@ -70,8 +47,9 @@ uint32_t ORMEL_DeleteRecForConn(void *pConn, const char *pcTableName, const ORME
         return ORMEL_ERR_NULL_ARG;
     ormel::traceIn(__func__);
     const uint32_t code = write(
-        pConn, pcTableName, [&](ORMEL_PARA *para, ORMEL_RES_ATT *att) { return fillConditions(para, pstCond, att); },
-        dbDeleteRec, puiRecNum);
+        pConn, pcTableName, ORMEL_ERR_TABLE,
+        [&](ORMEL_PARA *para, ORMEL_RES_ATT *att) { return fillConditions(para, pstCond, att); }, dbDeleteRec,
+        puiRecNum);
     ORMEL_LOG(KPL_LOG_DEBUG, "Delete Rec return: 0x%x", code);
     return code;
 }
@@ -93,7 +71,7 @@ uint32_t ORMEL_UpdateRecForConn(void *pConn, const char *pcTableName, const ORME
         return ORMEL_ERR_NULL_ARG;
     ormel::traceIn(__func__);
     const uint32_t code = write(
-        pConn, pcTableName,
+        pConn, pcTableName, ORMEL_ERR_TABLE,
         [&](ORMEL_PARA *para, ORMEL_RES_ATT *att) {
             const uint32_t filled = ORMEL_ParaFieldUpdateByDsbuf(para, pstFields, pstDsbuf, att);
             return filled != ORMEL_OK ? filled : fillConditions(para, pstCond, att);

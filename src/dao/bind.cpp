@@ -46,7 +46,7 @@ bool bindLob(const char *func, void *stmt, const ORMEL_PARA &para, int32_t slot,
                      type == QDC_TYPE_CLOB ? "QDC_TYPE_CLOB" : "QDC_TYPE_BLOB");
         return false;
     }
-    return writeLob(func, stmt, para, slot);
+    return para.value[slot] == nullptr || writeLob(func, stmt, para, slot); // a slot that is not written is NULL
 }
 
 bool bindValue(const char *func, void *stmt, const ORMEL_PARA &para, int32_t slot) {

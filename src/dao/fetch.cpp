@@ -84,6 +84,26 @@ Result rowsOf(const char *func, void *stmt, const char *table, uint32_t rows) {
     return res;
 }
 
+// A result without rows.
+DB_RESULT *noRows() {
+    return static_cast<DB_RESULT *>(std::calloc(1, sizeof(DB_RESULT)));
+}
+
+// Copies the row that the statement stands on into row `current` of the result.
+bool copyRow(const char *func, void *stmt, const char *table, DB_RESULT &res, uint32_t current) {
+    if (dbGetFields(stmt, res.ppRows[current], res.uiFieldCount) == ORMEL_OK)
+        return true;
+    ORMEL_LOG_AS(func, KPL_LOG_ERROR, "dbGetFields :%s failed", table);
+    return false;
+}
+
+// Leaves the first count rows in a result and frees the others.
+void shorten(DB_RESULT &res, uint32_t count) {
+    for (uint32_t row = count; row < res.uiRowCount; ++row)
+        std::free(res.ppRows[row]);
+    res.uiRowCount = count;
+}
+
 } // namespace
 
 uint32_t dbGetFieldAttr(void *pStmt, uint32_t uiPos, DB_FIELD *pstField) {
@@ -140,7 +160,7 @@ DB_RESULT *dbGetResult(void *pStmt, const char *pcTableName) {
     const uint32_t rows = qdc_get_affected_rows(pStmt);
     if (rows == 0) {
         ORMEL_LOG(KPL_LOG_ERROR, "qdc_get_affected_rows :%s , rowCount = 0", table);
-        return static_cast<DB_RESULT *>(std::calloc(1, sizeof(DB_RESULT)));
+        return noRows();
     }
     Result res = rowsOf(__func__, pStmt, table, rows);
     if (res == nullptr)
@@ -154,15 +174,41 @@ DB_RESULT *dbGetResult(void *pStmt, const char *pcTableName) {
                       static_cast<int>(current), static_cast<int>(rows));
             break;
         }
-        if (dbGetFields(pStmt, res->ppRows[current], res->uiFieldCount) != ORMEL_OK) {
-            ORMEL_LOG(KPL_LOG_ERROR, "dbGetFields :%s failed", table);
+        if (!copyRow(__func__, pStmt, table, *res, current))
             return nullptr;
-        }
         ++current;
     }
     // The count stays what the client announced; rows that never came are empty.
     if (current != rows)
         ORMEL_LOG(KPL_LOG_INFO, "dbGetResult  rowCount:%d  curRow:%d", static_cast<int>(rows),
                   static_cast<int>(current));
+    return res.release();
+}
+
+DB_RESULT *dbGetResultWithCount(void *pStmt, const char *pcTableName, uint32_t uiCount) {
+    if (pStmt == nullptr)
+        return nullptr;
+    const char *table = pcTableName != nullptr ? pcTableName : "";
+    if (uiCount == 0) {
+        ORMEL_LOG(KPL_LOG_ERROR, "qdc_get_affected_rows :%s , rowCount = 0", table);
+        return noRows();
+    }
+    Result res = rowsOf(__func__, pStmt, table, uiCount);
+    if (res == nullptr)
+        return nullptr;
+    uint32_t current = 0;
+    while (const uint32_t fetched = dbMoveNext(pStmt)) {
+        ORMEL_LOG(KPL_LOG_DEBUG, "dbMoveNext fetch  row:%d curRow:%d ", static_cast<int>(fetched),
+                  static_cast<int>(current));
+        if (!copyRow(__func__, pStmt, table, *res, current))
+            return nullptr;
+        if (++current == uiCount) {
+            ORMEL_LOG(KPL_LOG_INFO, "dbGetFields :%s get curRow > rowCount", table);
+            return res.release();
+        }
+    }
+    ORMEL_LOG(KPL_LOG_INFO, "dbGetResult  rowCount:%d  curRow:%d", static_cast<int>(uiCount),
+              static_cast<int>(current));
+    shorten(*res, current);
     return res.release();
 }

@@ -1,5 +1,6 @@
 #include <cstdlib>
 
+#include "dao/cursor.h"
 #include "dao/owners.h"
 #include "dao/qdc.h"
 #include "dao/sql_text.h"
@@ -34,13 +35,14 @@ struct Affected {
 struct Operation {
     const char *func;
     char *(*makeSql)(const char *table, const ORMEL_PARA *para);
-    bool prefetch;
-    bool oneParameterRow;
-    bool printCreate;
-    bool logPrepare;
     Binding bindings[2];
-    int bindingCount;
-    const Affected *affected; // NULL: the statement gives rows
+    int bindingCount = 1;
+    const Affected *affected = nullptr; // NULL: the statement gives rows
+    bool prefetch = false;
+    bool oneParameterRow = false;
+    bool logPrepare = true;
+    bool printCreate = false;
+    bool print = true; // preparing and executing
 };
 
 constexpr Binding kConditions = {0, 1, false, "dbBindPara failed", true};
@@ -53,13 +55,34 @@ constexpr Affected kInserted = {"qdc_get_affected_rows :%s failed, rowCount = 0"
 constexpr Affected kDeleted = {"qdc_get_affected_rows :%s , rowCount = 0", nullptr};
 constexpr Affected kUpdated = {"qdc_get_affected_rows :%s failed, rowCount = 0", nullptr};
 
-constexpr Operation kCount = {"dbCount", dbCountMallocSql, false, false, false, true, {kConditions}, 1, nullptr};
-constexpr Operation kSelect = {"dbSelectRec", dbSelectMallocSql,   true, false,  false,
-                               true,          {kSelectConditions}, 1,    nullptr};
-constexpr Operation kInsert = {"dbInsertRec", dbInsertMallocSql, false, true, true, false, {kFields}, 1, &kInserted};
-constexpr Operation kDelete = {"dbDeleteRec", dbDeleteMallocSql, false, false, true, true, {kConditions}, 1, &kDeleted};
-constexpr Operation kUpdate = {
-    "dbUpdateRec", dbUpdateMallocSql, false, false, true, true, {kUpdateFields, kUpdateConditions}, 2, &kUpdated};
+constexpr Operation kCount = {.func = "dbCount", .makeSql = dbCountMallocSql, .bindings = {kConditions}};
+constexpr Operation kSelect = {
+    .func = "dbSelectRec", .makeSql = dbSelectMallocSql, .bindings = {kSelectConditions}, .prefetch = true};
+constexpr Operation kSelectWithCount = {.func = "dbSelectRecWithCount",
+                                        .makeSql = dbSelectMallocSql,
+                                        .bindings = {kSelectConditions},
+                                        .prefetch = true,
+                                        .print = false};
+constexpr Operation kCursor = {
+    .func = "dbBeginFetchSpecifyField", .makeSql = dbSelectMallocSql, .bindings = {kSelectConditions}, .print = false};
+constexpr Operation kInsert = {.func = "dbInsertRec",
+                               .makeSql = dbInsertMallocSql,
+                               .bindings = {kFields},
+                               .affected = &kInserted,
+                               .oneParameterRow = true,
+                               .logPrepare = false,
+                               .printCreate = true};
+constexpr Operation kDelete = {.func = "dbDeleteRec",
+                               .makeSql = dbDeleteMallocSql,
+                               .bindings = {kConditions},
+                               .affected = &kDeleted,
+                               .printCreate = true};
+constexpr Operation kUpdate = {.func = "dbUpdateRec",
+                               .makeSql = dbUpdateMallocSql,
+                               .bindings = {kUpdateFields, kUpdateConditions},
+                               .bindingCount = 2,
+                               .affected = &kUpdated,
+                               .printCreate = true};
 
 // Prints the client's error where the table says so; always false, as the failing step's answer.
 bool fail(void *conn, bool print) {
@@ -78,7 +101,7 @@ bool prepare(const Operation &op, void *conn, void *stmt, const char *sql) {
     if (qdc_prepare(stmt, sql) != 0) {
         if (op.logPrepare)
             ORMEL_LOG_AS(op.func, KPL_LOG_ERROR, "prepare sql:%s failed", sql);
-        return fail(conn, true);
+        return fail(conn, op.print);
     }
     if (op.oneParameterRow)
         qdc_set_paramset_size(stmt, 1);
@@ -100,7 +123,7 @@ bool execute(const Operation &op, void *conn, void *stmt, const char *sql) {
     if (qdc_execute(stmt) == 0)
         return true;
     ORMEL_LOG_AS(op.func, KPL_LOG_ERROR, "exec sql:%s failed", sql);
-    return fail(conn, true);
+    return fail(conn, op.print);
 }
 
 // The header that carries a write's affected rows.
@@ -118,16 +141,15 @@ DB_RESULT *affectedRows(const Operation &op, void *stmt, const char *table) {
     return res;
 }
 
-// The whole round trip of one statement; NULL where a step fails.
-DB_RESULT *run(const Operation &op, void *conn, const char *table, const ORMEL_PARA *para) {
+// The executed statement; none where a step fails. The large objects must outlive the binding of a write.
+Statement executed(const Operation &op, void *conn, const char *table, const ORMEL_PARA *para, Lobs (&lobs)[2]) {
     const SqlText sql(op.makeSql(table, para));
     if (sql == nullptr) {
         if (op.affected == &kInserted)
             ORMEL_LOG_AS(op.func, KPL_LOG_ERROR, "malloc sql failed");
         return nullptr;
     }
-    Lobs lobs[2]; // outlive the statement that they are bound to
-    const Statement stmt(dbCreateStmt(conn));
+    Statement stmt(dbCreateStmt(conn));
     if (stmt == nullptr) {
         ORMEL_LOG_AS(op.func, KPL_LOG_ERROR, "qdc_alloc_stmt failed");
         fail(conn, op.printCreate);
@@ -140,7 +162,19 @@ DB_RESULT *run(const Operation &op, void *conn, const char *table, const ORMEL_P
             return nullptr;
     if (!execute(op, conn, stmt.get(), sql.get()))
         return nullptr;
-    return op.affected != nullptr ? affectedRows(op, stmt.get(), table) : dbGetResult(stmt.get(), table);
+    return stmt;
+}
+
+// The whole round trip of one statement, of whose rows count are taken where it is given; NULL where a step fails.
+DB_RESULT *run(const Operation &op, void *conn, const char *table, const ORMEL_PARA *para,
+               const uint32_t *count = nullptr) {
+    Lobs lobs[2]; // outlive the statement that they are bound to
+    const Statement stmt = executed(op, conn, table, para, lobs);
+    if (stmt == nullptr)
+        return nullptr;
+    if (op.affected != nullptr)
+        return affectedRows(op, stmt.get(), table);
+    return count != nullptr ? dbGetResultWithCount(stmt.get(), table, *count) : dbGetResult(stmt.get(), table);
 }
 
 } // namespace
@@ -151,6 +185,15 @@ DB_RESULT *dbCount(void *pConn, const char *pcTableName, const ORMEL_PARA *pstPa
 
 DB_RESULT *dbSelectRec(void *pConn, const char *pcTableName, const ORMEL_PARA *pstPara) {
     return run(kSelect, pConn, pcTableName, pstPara);
+}
+
+DB_RESULT *dbSelectRecWithCount(void *pConn, const char *pcTableName, const ORMEL_PARA *pstPara, uint32_t uiCount) {
+    return run(kSelectWithCount, pConn, pcTableName, pstPara, &uiCount);
+}
+
+Statement ormel::openSelect(void *conn, const char *table, const ORMEL_PARA &para) {
+    Lobs lobs[2];
+    return executed(kCursor, conn, table, &para, lobs);
 }
 
 DB_RESULT *dbInsertRec(void *pConn, const char *pcTableName, const ORMEL_PARA *pstPara) {

@@ -96,6 +96,16 @@ uint32_t checkObject(const char *func, const ORMEL_OBJECT &obj, int32_t first) {
     return ORMEL_OK;
 }
 
+// Conditions need values: nothing equals NULL.
+uint32_t checkValues(const char *func, const ORMEL_OBJECT &obj) {
+    for (int32_t i = 0; i < obj.iItemNum; ++i)
+        if (obj.astItem[i].pValue == nullptr) {
+            ORMEL_LOG_AS(func, KPL_LOG_ERROR, "a condition has no value: column %s", obj.astItem[i].pstInfo->attname);
+            return ORMEL_ERR_CHECK;
+        }
+    return ORMEL_OK;
+}
+
 // Points slots at an object's items, from slot first on.
 void setItems(ORMEL_PARA &para, int32_t first, const ORMEL_OBJECT &obj, bool fields) {
     for (int32_t i = 0; i < obj.iItemNum; ++i) {
@@ -173,6 +183,8 @@ uint32_t ORMEL_ParaCondUpdateByObject(ORMEL_PARA *pstPara, ORMEL_OBJECT *pstObj)
         return refuseNull(__func__);
     if (checkObject(__func__, *pstObj, pstPara->iFieldNum) != ORMEL_OK)
         return ORMEL_ERR_FAILED;
+    if (checkValues(__func__, *pstObj) != ORMEL_OK)
+        return ORMEL_ERR_CHECK;
     pstPara->iCondNum = pstObj->iItemNum;
     setItems(*pstPara, pstPara->iFieldNum, *pstObj, false);
     pstPara->iSelectFieldNum = pstObj->iSelectFieldNum;

@@ -59,6 +59,26 @@ bool describe(void *stmt, ORMEL_RES_ATT &att, int32_t i) {
     return !__builtin_add_overflow(before.offset, before.len, &field.offset);
 }
 
+// Where this thread found a name last time. Callers in a loop hand over the same literals again and again, so the
+// addresses say where to look first; what is found there is compared all the same, because both may have become others.
+struct Place {
+    const ORMEL_RES_ATT *att;
+    const char *name;
+    uint32_t id;
+};
+// Names lie side by side, in a program's literals as in arrays, so their low bits alone keep a wide row's apart.
+constexpr size_t kPlaces = 256;
+thread_local Place t_places[kPlaces];
+
+Place &placeOf(const ORMEL_RES_ATT *att, const char *name) {
+    const auto block = reinterpret_cast<uintptr_t>(att) / alignof(max_align_t);
+    return t_places[(block + reinterpret_cast<uintptr_t>(name)) % kPlaces];
+}
+
+bool isColumn(const ORMEL_RES_ATT &att, uint32_t id, const char *name) {
+    return int64_t{id} < att.iAttNum && strcasecmp(att.astField[id].attname, name) == 0;
+}
+
 } // namespace
 
 ORMEL_RES_ATT *ORMEL_ResAttCreate(void *pConn, const char *pcTableName, const ORMEL_OBJECT *pstObj) {
@@ -109,9 +129,14 @@ int ORMEL_ResAttCmp(const void *pstA, const void *pstB) {
 uint32_t ORMEL_GetFieldIdByNameFromResAttr(const ORMEL_RES_ATT *pstResAtt, const char *pcName) {
     if (pstResAtt == nullptr || pcName == nullptr)
         return ORMEL_INVALID;
-    for (int32_t i = 0; i < pstResAtt->iAttNum; ++i)
-        if (strcasecmp(pstResAtt->astField[i].attname, pcName) == 0)
-            return static_cast<uint32_t>(i);
+    Place &place = placeOf(pstResAtt, pcName);
+    if (place.att == pstResAtt && place.name == pcName && isColumn(*pstResAtt, place.id, pcName))
+        return place.id;
+    for (uint32_t id = 0; int64_t{id} < pstResAtt->iAttNum; ++id)
+        if (isColumn(*pstResAtt, id, pcName)) {
+            place = {pstResAtt, pcName, id};
+            return id;
+        }
     return ORMEL_INVALID;
 }
 

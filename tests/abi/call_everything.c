@@ -153,6 +153,68 @@ static void call_lists_and_records(void) {
     EXPECT(ORMEL_CreatDsbufRangeByRes(NULL, 0, NULL, NULL) == ORMEL_ERR_FAILED);
 }
 
+static void call_objects(void) {
+    ORMEL_OBJECT obj = {0};
+    EXPECT(ORMEL_ObjectNameSet(NULL, NULL) == ORMEL_OK);
+    EXPECT(ORMEL_ObjectNameSet(&obj, "T") == ORMEL_OK);
+    EXPECT(strcmp(ORMEL_ObjectNameGet(&obj), "T") == 0);
+    EXPECT(ORMEL_ObjectNameGet(NULL) == NULL);
+    EXPECT(ORMEL_ObjectNameSetForMulti(NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_ObjectNameGetForMulti(NULL) == NULL);
+    EXPECT(ORMEL_ObjectBinarySet(&obj, "a", "\1\2", 2) == ORMEL_OK);
+    EXPECT(ORMEL_ObjectInt8Set(&obj, "b", -1) == ORMEL_OK);
+    EXPECT(ORMEL_ObjectInt16Set(&obj, "c", -1) == ORMEL_OK);
+    EXPECT(ORMEL_ObjectInt32Set(&obj, "d", -1) == ORMEL_OK);
+    EXPECT(ORMEL_ObjectInt64Set(&obj, "e", -1) == ORMEL_OK);
+    EXPECT(ORMEL_ObjectStrSet(&obj, "f", "") == ORMEL_OK);
+    EXPECT(ORMEL_ObjectJsonSet(&obj, "g", "{}") == ORMEL_OK);
+    EXPECT(ORMEL_ObjectJsonbSet(&obj, "h", "{}") == ORMEL_OK);
+    EXPECT(ORMEL_ObjectTextSet(&obj, "i", "text") == ORMEL_OK);
+    EXPECT(ORMEL_ObjectStrOptionLikeSet(&obj, "j", "t%") == ORMEL_OK);
+    EXPECT(ORMEL_ObjectNullSet(&obj, "k") == ORMEL_OK);
+    EXPECT(ORMEL_ObjectSelectFieldSet(&obj, "a") == ORMEL_OK);
+    EXPECT(ORMEL_ObjectSelectRowCountSet(&obj, 1, 2, 3) == ORMEL_OK);
+    EXPECT(ORMEL_ObjectCheck(&obj, NULL) == ORMEL_ERR_CHECK);
+    EXPECT(ORMEL_ObjectCheck(NULL, NULL) == ORMEL_ERR_CHECK);
+    ORMEL_ObjectParaClear(&obj);
+    ORMEL_ObjectParaClear(&obj);
+    ORMEL_ObjectParaClear(NULL);
+}
+
+static void call_select_results(void) {
+    ORMEL_SELECT_RESULT result = {NULL, NULL, 0};
+    uint8_t count = 0;
+    EXPECT(ORMEL_ResultNumberGet(NULL, 0, NULL, NULL, QDC_TYPE_INT64) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_ResultInt8Get(NULL, 0, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_ResultInt16Get(NULL, 0, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_ResultInt32Get(NULL, 0, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_ResultInt64Get(NULL, 0, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_ResultBinaryGetByPos(NULL, 0, 0) == NULL);
+    EXPECT(ORMEL_ResultTextGetByPos(NULL, 0, 0) == NULL);
+    EXPECT(ORMEL_ResultJsonGetByPos(NULL, 0, 0) == NULL);
+    EXPECT(ORMEL_ResultJsonbGetByPos(NULL, 0, 0) == NULL);
+    EXPECT(ORMEL_ResultBinaryGet(NULL, 0, NULL) == NULL);
+    EXPECT(ORMEL_ResultStrGet(&result, 0, "a") == NULL);
+    EXPECT(ORMEL_ResultTextGet(&result, 0, NULL) == NULL);
+    EXPECT(ORMEL_ResultJsonGet(&result, 0, "a") == NULL);
+    EXPECT(ORMEL_ResultJsonbGet(&result, 0, "a") == NULL);
+    EXPECT(ORMEL_SelectResultRecNumGet(NULL) == 0);
+    EXPECT(ORMEL_ResultGetFieldNum(NULL) == 0);
+    EXPECT(ORMEL_ResultGetFieldValue(NULL, 0, 0) == NULL);
+    EXPECT(ORMEL_ResultGetFieldLengthByPos(NULL, 0, 0) == ORMEL_INVALID);
+    EXPECT(ORMEL_ResultGetFieldLength(NULL, 0, "a") == ORMEL_INVALID);
+    EXPECT(ORMEL_ResultGetFieldType(NULL, 0) == 0);
+    EXPECT(ORMEL_ResultGetFieldOffset(NULL, 0) == ORMEL_INVALID);
+    EXPECT(ORMEL_ResultSetFieldValue(NULL, 0, 0, NULL) == ORMEL_ERR_ABSENT);
+    EXPECT(ORMEL_ResultDiffFieldsGet(NULL, NULL, NULL, 0, &count) == ORMEL_ERR_FAILED);
+    ORMEL_SelectResultSet(NULL, NULL, NULL, 0);
+    ORMEL_SelectResultSet(&result, NULL, NULL, 0);
+    ORMEL_SelectResultClear(&result);
+    ORMEL_SelectResultClear(NULL);
+    ORMEL_SelectResultClearForFetch(&result);
+    ORMEL_SelectResultClearForFetch(NULL);
+}
+
 static void call_connections(void) {
     dbDisconnect(dbConnect(NULL, NULL, NULL, NULL));
     dbDisconnect(NULL);
@@ -187,6 +249,8 @@ static void call_statements(void) {
     EXPECT(dbDeleteRec(NULL, NULL, NULL) == NULL);
     EXPECT(dbUpdateRec(NULL, NULL, NULL) == NULL);
     EXPECT(dbSelectRec1(NULL, NULL, NULL) == NULL);
+    EXPECT(dbSelectRecWithCount(NULL, NULL, NULL, 0) == NULL);
+    EXPECT(dbBeginFetch(NULL, NULL) == NULL);
 }
 
 static void call_results(void) {
@@ -206,6 +270,8 @@ static void call_results(void) {
     EXPECT(dbMoveNext(NULL) == 0);
     EXPECT(dbGetFields(NULL, NULL, 0) == ORMEL_ERR_NULL_ARG);
     EXPECT(dbGetResult(NULL, NULL) == NULL);
+    EXPECT(dbGetResultWithCount(NULL, NULL, 0) == NULL);
+    EXPECT(dbGetFetchResult(NULL) == NULL);
     EXPECT(dbCheckTupleField(NULL, 0, 0) == 0);
     EXPECT(dbGetValueFromRes(NULL, 0, 0) == NULL);
     EXPECT(dbGetLengthFromRes(NULL, 0, 0) == 0);
@@ -223,9 +289,27 @@ static void call_selects(void) {
     EXPECT(ORMEL_SelectRecForConn(NULL, NULL, NULL, 0, NULL) == ORMEL_ERR_NULL_ARG);
     EXPECT(ORMEL_SelectRec(NULL, NULL, 0, NULL) == ORMEL_ERR_NULL_ARG);
     EXPECT(ORMEL_SelectRecForTrans(NULL, NULL, NULL, 0, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_SelectRecForConn2(NULL, NULL, NULL, 0, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_SelectRec2(NULL, NULL, 0, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_SelectRecForTrans2(NULL, NULL, NULL, 0, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_SelectRecForConn3(NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_SelectRecByObj(NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_SelectRecByObjForTrans(NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_SelectBatchRecForConn(NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_SelectBatchRecByObj(NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_ResultConvertDsBuf(NULL, NULL, 0) == ORMEL_ERR_NULL_ARG);
     EXPECT(ORMEL_GetAllFieldForCache(NULL, NULL, 0, NULL) == ORMEL_ERR_NULL_ARG);
     EXPECT(ORMEL_GetAllFieldForConn(NULL, NULL, NULL, 0, NULL) == ORMEL_ERR_NULL_ARG);
     EXPECT(ORMEL_AllFieldsGet(NULL, NULL, 0, NULL) == ORMEL_ERR_NULL_ARG);
+}
+
+static void call_cursors(void) {
+    EXPECT(ORMEL_BeginSelect(NULL, NULL, 0) == NULL);
+    EXPECT(ORMEL_BeginSelectSpecifyField(NULL, NULL, 0) == NULL);
+    EXPECT(dbBeginFetchSpecifyField(NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_FetchSelectRec(NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_FetchSelectRecEx(NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_EndSelect(NULL) == ORMEL_ERR_FAILED);
 }
 
 static void call_writes(void) {
@@ -238,6 +322,15 @@ static void call_writes(void) {
     EXPECT(ORMEL_UpdateRecForConn(NULL, NULL, NULL, NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
     EXPECT(ORMEL_UpdateRec(NULL, NULL, NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
     EXPECT(ORMEL_UpdateRecForTrans(NULL, NULL, NULL, NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_InsertRecForConn2(NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_InsertRecFormObj(NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_InsertRecByObjForTrans(NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_DeleteRecForConn2(NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_DeleteRecByObj(NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_DeleteRecByObjForTrans(NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_UpdateRecForConn2(NULL, NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_UpdateRecByObj(NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_UpdateRecByObjForTrans(NULL, NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
 }
 
 /* Everything but the start and the stop. */
@@ -251,10 +344,13 @@ static void call_all(void) {
     call_tree();
     call_balancing();
     call_lists_and_records();
+    call_objects();
+    call_select_results();
     call_connections();
     call_statements();
     call_results();
     call_selects();
+    call_cursors();
     call_writes();
 }
 

@@ -36,6 +36,44 @@ class Example(HomeTest):
                                       "3 deleted, 1 left\n")
         self.assertEqual(self.database().execute("SELECT * FROM city").fetchall(), [(2, "Bergen", 291940)])
 
+    def insert_cities(self, *cities):
+        for city in cities:
+            self.sql("INSERT INTO city VALUES " + city)
+
+    def cities(self):
+        return self.database().execute("SELECT id, name, people FROM city ORDER BY id").fetchall()
+
+    def test_objects_writes_finds_and_changes_rows_page_by_page(self):
+        done = self.run_example("objects")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertEqual(done.stdout, "2 grew\n"
+                                      "page 1\n  Oslo: 709037\n  Troms\u00f8: 100000\n"
+                                      "page 2\n  R\u00f8ros: 100000\n  Soria Moria: not known\n"
+                                      "page 3\n")
+        self.assertEqual(self.cities()[-1], (5, "Soria Moria", None))
+
+    def test_objects_says_what_the_database_refuses(self):
+        self.insert_cities("(2, 'Bergen', 1)")
+        done = self.run_example("objects")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertRegex(done.stderr, r"^insert: code 211 .*UNIQUE constraint failed: city\.id")
+
+    def test_cursor_reads_row_by_row(self):
+        self.insert_cities("(1, 'Oslo', 709037)", "(2, 'Bergen', NULL)", "(3, 'Troms\u00f8', 77992)")
+        done = self.run_example("cursor")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "787029 people\n1 Oslo\n2 Bergen\n", ""))
+
+    def test_cursor_says_that_the_table_cannot_be_read(self):
+        self.sql("DROP TABLE city")
+        done = self.run_example("cursor")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (1, "", "code 211; the log says why\n"))
+
+    def test_transaction_commits_a_whole_move_and_rolls_half_a_one_back(self):
+        self.insert_cities("(1, 'Oslo', 100)", "(2, 'Bergen', 200)")
+        done = self.run_example("transaction")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "from 1 to 2: code 0\nfrom 1 to 9: code 5\n", ""))
+        self.assertEqual(self.cities(), [(1, "Oslo", 63), (2, "Bergen", 237)])
+
 
 if __name__ == "__main__":
     unittest.main()

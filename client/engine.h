@@ -72,6 +72,8 @@ public:
     virtual uint32_t rows() const = 0;
     virtual uint32_t columns() const = 0;
     virtual Value at(uint32_t row, uint32_t column) const = 0;
+    // For messages: the row, from 0, and the column.
+    virtual std::string place(uint32_t row, uint32_t column) const = 0;
 };
 
 // A column of a result; name in upper case where the database finds the name whatever its case.

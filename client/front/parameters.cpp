@@ -1,8 +1,10 @@
 #include "parameters.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "errors.h"
+#include "insert_columns.h"
 
 namespace ormel::client {
 
@@ -42,10 +44,6 @@ Form knownForm(const Parameter &parameter) {
 
 bool isLob(Form form) {
     return form == Form::clob || form == Form::blob;
-}
-
-std::string placeOf(uint32_t row, uint32_t position) {
-    return "row " + std::to_string(row) + ", parameter :" + std::to_string(position + 1);
 }
 
 template <class T> T load(const void *from) {
@@ -105,13 +103,9 @@ Value plainValue(Value value, const uint8_t *data, uint32_t length, Form form) {
     return value;
 }
 
-// Bytes of a large text without the zeros behind it that a record is filled up with.
-uint32_t textLength(const char *text, uint32_t length, uint32_t row, uint32_t position) {
-    const auto end = static_cast<uint32_t>(strnlen(text, length));
-    for (uint32_t i = end; i < length; ++i)
-        if (text[i] != '\0')
-            fail(kValue, placeOf(row, position) + ": a text ends at its first NUL, and more follows behind this one's");
-    return end;
+// Whether only zeros follow a text's end, with which a record is filled up.
+bool endsThere(const char *text, uint32_t end, uint32_t length) {
+    return std::all_of(text + end, text + length, [](char c) { return c == '\0'; });
 }
 
 } // namespace
@@ -146,8 +140,11 @@ uint32_t Parameters::writeLob(uint32_t position, uint32_t type, uint32_t row, ui
     if (data == nullptr)
         return length;
     LobSlot slot = {static_cast<const char *>(data), length, 1};
-    if (knownForm(binding) == Form::clob)
-        slot.length = textLength(slot.data, length, row, position);
+    if (knownForm(binding) == Form::clob) {
+        slot.length = static_cast<uint32_t>(strnlen(slot.data, length));
+        if (!endsThere(slot.data, slot.length, length))
+            fail(kValue, place(row, position) + ": a text ends at its first NUL, and more follows behind this one's");
+    }
     std::memcpy(binding.data + size_t{row} * sizeof slot, &slot, sizeof slot);
     return length;
 }
@@ -168,10 +165,17 @@ Value Parameters::at(uint32_t row, uint32_t position) const {
             return value;
         // A text that fills its element had no room for a terminator, and was left out by whoever filled it.
         if (length > binding.length || (form == Form::text && length == binding.length) || !lengthFits(form, length))
-            fail(kValue, placeOf(row, position) + ": a value of " + std::to_string(length) +
-                             " bytes does not fit into " + std::to_string(binding.length));
+            fail(kValue, place(row, position) + ": a value of " + std::to_string(length) + " bytes does not fit into " +
+                             std::to_string(binding.length));
     }
     return plainValue(value, element, length, form);
+}
+
+std::string Parameters::place(uint32_t row, uint32_t position) const {
+    const std::string number = ":" + std::to_string(position + 1);
+    const std::string column = insertedColumn(sql_, position);
+    return "row " + std::to_string(row) +
+           (column.empty() ? ", parameter " + number : ", column " + column + " (" + number + ")");
 }
 
 void Parameters::check(uint32_t rows) const {

@@ -17,7 +17,11 @@ struct Parameter {
 // The parameters of one statement.
 class Parameters {
 public:
-    void reset(uint32_t count) { parameters_.assign(count, {}); }
+    // As many parameters as the text has.
+    void reset(uint32_t count, std::string_view sql = "") {
+        parameters_.assign(count, {});
+        sql_ = sql;
+    }
     uint32_t count() const { return static_cast<uint32_t>(parameters_.size()); }
 
     // Throws Error for a position that the statement does not have, a type that no database takes and a length that the
@@ -30,6 +34,10 @@ public:
     // The value of a row. Throws Error for one that its parameter cannot take, with row and parameter.
     Value at(uint32_t row, uint32_t position) const;
 
+    // Where a value is, for messages: its row, from 0, and its parameter, with the column's name where an insert says
+    // it.
+    std::string place(uint32_t row, uint32_t position) const;
+
     // Throws Error unless every parameter is bound and every value of the first rows rows can be taken.
     void check(uint32_t rows) const;
 
@@ -37,6 +45,7 @@ private:
     const Parameter &parameter(uint32_t position) const;
 
     std::vector<Parameter> parameters_;
+    std::string sql_;
 };
 
 } // namespace ormel::client

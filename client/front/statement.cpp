@@ -34,6 +34,7 @@ public:
     uint32_t rows() const override { return rows_; }
     uint32_t columns() const override { return parameters_.count(); }
     Value at(uint32_t row, uint32_t column) const override { return parameters_.at(row, column); }
+    std::string place(uint32_t row, uint32_t column) const override { return parameters_.place(row, column); }
 
 private:
     const Parameters &parameters_;
@@ -58,7 +59,7 @@ void StatementHandle::prepare(const char *sql) {
     Connection &connection = connection_.open();
     const Rewritten rewritten = rewritePlaceholders(sql, connection_.dialect());
     statement_ = connection.prepare(rewritten.sql);
-    parameters_.reset(rewritten.parameters);
+    parameters_.reset(rewritten.parameters, sql);
 }
 
 void StatementHandle::bind(uint32_t position, const Parameter &parameter) {

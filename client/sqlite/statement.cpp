@@ -117,15 +117,17 @@ uint64_t SqliteStatement::executeBatch(const Batch &batch) {
 }
 
 uint64_t SqliteStatement::writeRow(const Transaction::Write &write, const Batch &batch, uint32_t row) {
+    uint32_t column = 0;
     try {
-        for (uint32_t column = 0; column < batch.columns(); ++column)
+        for (; column < batch.columns(); ++column)
             bindValue(raw(), static_cast<int>(column) + 1, batch.at(row, column));
         accept(write.step(raw()));
         if (failure_)
             throw *failure_;
         return matched();
     } catch (Error &error) {
-        error.message.insert(0, "row " + std::to_string(row) + ": ");
+        const bool bound = column == batch.columns();
+        error.message.insert(0, (bound ? "row " + std::to_string(row) : batch.place(row, column)) + ": ");
         throw;
     }
 }

@@ -178,7 +178,7 @@ TEST_F(StatementTest, aBatchNamesTheRowOfAValueThatCannotBeBound) {
     const Error error = errorOf([&] {
         insert->executeBatch(Rows({{integer(1), {}}, {integer(2), real(std::nan(""))}}));
     });
-    EXPECT_THAT(error.message, StartsWith("row 1: parameter 2"));
+    EXPECT_THAT(error.message, StartsWith("row 1, column 1: parameter 2"));
     EXPECT_EQ(count(), "0");
 }
 

@@ -51,6 +51,9 @@ public:
     uint32_t rows() const override { return static_cast<uint32_t>(rows_.size()); }
     uint32_t columns() const override { return rows_.empty() ? 0 : static_cast<uint32_t>(rows_[0].size()); }
     Value at(uint32_t row, uint32_t column) const override { return rows_[row][column]; }
+    std::string place(uint32_t row, uint32_t column) const override {
+        return "row " + std::to_string(row) + ", column " + std::to_string(column);
+    }
 
 private:
     std::vector<std::vector<Value>> rows_;

@@ -135,8 +135,8 @@ TEST_P(ArrayTest, LengthsThatDoNotFitAreRefused) {
         uint16_t textLength;
         const char *column;
     };
-    for (const Case &c : {Case{4, 8, ":2"}, Case{4, 9, ":2"}, Case{4, 65534, ":2"}, Case{5, 1, ":1"}, Case{8, 1, ":1"},
-                          Case{0, 1, ":1"}}) {
+    for (const Case &c : {Case{4, 8, "column v (:2)"}, Case{4, 9, "column v (:2)"}, Case{4, 65534, "column v (:2)"},
+                          Case{5, 1, "column id (:1)"}, Case{8, 1, "column id (:1)"}, Case{0, 1, "column id (:1)"}}) {
         SCOPED_TRACE(std::to_string(c.idLength) + ", " + std::to_string(c.textLength));
         Insert insert(db, {1, 2, 3}, {"a", "b", "c"});
         insert.idLengths[2] = c.idLength;

@@ -19,6 +19,7 @@
  *       result         dbSelectRec ...       dbResClear
  *       select result  ORMEL_SelectRec2 ...  ORMEL_SelectResultClear; of a fetch, ORMEL_SelectResultClearForFetch
  *       object         ORMEL_Object...Set    ORMEL_ObjectParaClear
+ *       batch          ORMEL_Multi_object_Init   ORMEL_Multi_object_UnInit
  *       statement      dbCreateStmt ...      dbFreeStmt
  *       SQL text       db...MallocSql        free
  *     Record buffers, condition lists and field selections are the caller's and are only read or filled. Pointers that

@@ -38,8 +38,8 @@ private:
     ORMEL_RES_ATT *att_;
 };
 
-// The name of an object's table; empty, as no table's is, where it has no end.
-inline const char *tableOf(const ORMEL_OBJECT &obj) {
+// The name of the table of an object or a batch of them; empty, as no table's is, where it has no end.
+template <class Request> const char *tableOf(const Request &obj) {
     return std::memchr(obj.acTableName, '\0', sizeof obj.acTableName) != nullptr ? obj.acTableName : "";
 }
 

@@ -29,14 +29,27 @@ void ormel::writeConditions(SqlWriter &sql, const ORMEL_PARA &para, int32_t firs
             << placeholder(i);
 }
 
+void ormel::writeInsert(SqlWriter &sql, const char *table, const char *const *names, int32_t count) {
+    sql << "INSERT INTO " << table << " (";
+    for (int32_t i = 0; i < count; ++i)
+        sql << names[i] << (i < count - 1 ? ", " : ")");
+    sql << " values (";
+    for (int32_t i = 0; i < count; ++i)
+        sql << ":" << placeholder(i) << (i < count - 1 ? ", " : ")");
+}
+
 bool ormel::countsFit(const ORMEL_PARA &para) {
     const auto within = [](int32_t count, int32_t capacity) { return count >= 0 && count <= capacity; };
     return within(para.iFieldNum, ORMEL_MAX_ITEMS) && within(para.iCondNum, ORMEL_MAX_ITEMS - para.iFieldNum) &&
            within(para.iSelectFieldNum, ORMEL_MAX_SELECT_FIELDS);
 }
 
+size_t ormel::sqlBudget(int32_t slots) {
+    return static_cast<size_t>(slots + kFrameSlots) * kSlotBudget;
+}
+
 size_t ormel::sqlBudget(const ORMEL_PARA &para) {
-    return static_cast<size_t>(para.iFieldNum + para.iCondNum + kFrameSlots) * kSlotBudget;
+    return sqlBudget(para.iFieldNum + para.iCondNum);
 }
 
 char *dbCountMallocSql(const char *pcTableName, const ORMEL_PARA *pstPara) {
@@ -67,13 +80,7 @@ char *dbSelectMallocSql(const char *pcTableName, const ORMEL_PARA *pstPara) {
 
 char *dbInsertMallocSql(const char *pcTableName, const ORMEL_PARA *pstPara) {
     SqlText text = makeStatement(pcTableName, pstPara, [&](SqlWriter &sql) {
-        const int32_t n = pstPara->iFieldNum;
-        sql << "INSERT INTO " << pcTableName << " (";
-        for (int32_t i = 0; i < n; ++i)
-            sql << pstPara->name[i] << (i < n - 1 ? ", " : ")");
-        sql << " values (";
-        for (int32_t i = 0; i < n; ++i)
-            sql << ":" << placeholder(i) << (i < n - 1 ? ", " : ")");
+        ormel::writeInsert(sql, pcTableName, pstPara->name, pstPara->iFieldNum);
     });
     if (text == nullptr)
         ORMEL_LOG(KPL_LOG_ERROR, "malloc sql failed");

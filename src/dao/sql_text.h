@@ -56,10 +56,14 @@ template <class Write> SqlText makeSql(size_t budget, Write write) {
 // The condition clause over slots first to first + count - 1; the placeholder of slot i is i + 1.
 void writeConditions(SqlWriter &sql, const ORMEL_PARA &para, int32_t first, int32_t count);
 
+// An insert of one row into the named columns, placeholders in their order.
+void writeInsert(SqlWriter &sql, const char *table, const char *const *names, int32_t count);
+
 // Whether a list's counts are within their capacities; no statement is made from one whose are not.
 bool countsFit(const ORMEL_PARA &para);
 
-// The block that a statement over the list's slots is given at least.
+// The block that a statement over some slots, or over a list's, is given at least.
+size_t sqlBudget(int32_t slots);
 size_t sqlBudget(const ORMEL_PARA &para);
 
 } // namespace ormel

@@ -333,6 +333,26 @@ static void call_writes(void) {
     EXPECT(ORMEL_UpdateRecByObjForTrans(NULL, NULL, NULL, NULL) == ORMEL_ERR_NULL_ARG);
 }
 
+static void call_batches(void) {
+    ORMEL_MULTI_OBJECT *multi = ORMEL_Multi_object_Init("T", 2);
+    EXPECT(multi != NULL && multi->uiRecNum == 2 && strcmp(multi->astObject[1].acTableName, "T") == 0);
+    EXPECT(ORMEL_BatchInsert_Para_Malloc(1, multi) == NULL);
+    EXPECT(ORMEL_BatchInsert_Para_Malloc(-1, multi) == NULL);
+    ORMEL_BatchInsert_Para_Free(ORMEL_BatchInsert_Para_Malloc(0, multi));
+    ORMEL_BatchInsert_Para_Free(NULL);
+    ORMEL_Multi_object_UnInit(multi);
+    ORMEL_Multi_object_UnInit(NULL);
+    EXPECT(ORMEL_Multi_object_Init(NULL, 1) == NULL);
+    EXPECT(ORMEL_SetBatchParaByObject(NULL, NULL, NULL) == ORMEL_ERR_FAILED);
+    ORMEL_SetBatchParaData(NULL, NULL, 0, QDC_TYPE_INT32, 0);
+    ORMEL_SetBatchParaLobData(NULL, NULL, 0, QDC_TYPE_BLOB, 0);
+    EXPECT(dbPatchInsertRec(NULL, NULL, NULL) == NULL);
+    EXPECT(dbBatchWriteLob(NULL, 0, NULL, NULL, NULL) == ORMEL_INVALID);
+    EXPECT(ORMEL_PatchInsertRecForConn2(NULL, NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_PatchInsertRecFormObj(NULL) == ORMEL_ERR_NULL_ARG);
+    EXPECT(ORMEL_PatchInsertRecFormObjForTrans(NULL, NULL) == ORMEL_ERR_NULL_ARG);
+}
+
 /* Everything but the start and the stop. */
 static void call_all(void) {
     call_version_and_error();
@@ -352,6 +372,7 @@ static void call_all(void) {
     call_selects();
     call_cursors();
     call_writes();
+    call_batches();
 }
 
 static void start_and_stop_the_parts(void) {

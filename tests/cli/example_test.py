@@ -74,6 +74,16 @@ class Example(HomeTest):
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "from 1 to 2: code 0\nfrom 1 to 9: code 5\n", ""))
         self.assertEqual(self.cities(), [(1, "Oslo", 63), (2, "Bergen", 237)])
 
+    def test_batch_inserts_all_rows_or_none(self):
+        self.sql("CREATE TABLE photo (id INTEGER PRIMARY KEY, title VARCHAR(20), image BLOB)")
+        done = self.run_example("batch")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertEqual(done.stdout, "1 to 3: code 0 \n"
+                                      "3 to 5: code 211 row 0: UNIQUE constraint failed: photo.id\n"
+                                      "photo 1: 100000 bytes of 0\nphoto 2: 100000 bytes of 1\nphoto 3: no image\n")
+        rows = self.database().execute("SELECT id, title, image FROM photo").fetchall()
+        self.assertEqual(rows, [(1, "photo 1", b"\0" * 100000), (2, "photo 2", b"\1" * 100000), (3, "photo 3", None)])
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -66,13 +66,15 @@ struct Place {
     const char *name;
     uint32_t id;
 };
-// Names lie side by side, in a program's literals as in arrays, so their low bits alone keep a wide row's apart.
 constexpr size_t kPlaces = 256;
 thread_local Place t_places[kPlaces];
 
+// Names lie side by side, as a program's literals or an array's elements. So their low bits keep a wide row's apart, or,
+// where they lie a power of two apart, the bits above these.
 Place &placeOf(const ORMEL_RES_ATT *att, const char *name) {
     const auto block = reinterpret_cast<uintptr_t>(att) / alignof(max_align_t);
-    return t_places[(block + reinterpret_cast<uintptr_t>(name)) % kPlaces];
+    const auto at = reinterpret_cast<uintptr_t>(name);
+    return t_places[(block + at + at / 32) % kPlaces];
 }
 
 bool isColumn(const ORMEL_RES_ATT &att, uint32_t id, const char *name) {

@@ -2,6 +2,7 @@
 
 #include "commands.h"
 #include "condition.h"
+#include "object.h"
 #include "text.h"
 #include "value.h"
 
@@ -32,9 +33,11 @@ private:
 };
 
 void assign(Records &record, FieldSelection &fields, const Layout &layout, const Assignment &assignment) {
+    if (!assignment.value)
+        throw UsageError("records carry no NULL: use the command set for it, or write 'NULL' in quotes for the text");
     const uint8_t position = layout.position(assignment.column);
     try {
-        layout.parse(position, assignment.value, record.field(0, layout.columns()[position]));
+        layout.parse(position, *assignment.value, record.field(0, layout.columns()[position]));
     } catch (const ValueError &error) {
         throw UsageError(assignment.column + ": " + error.what());
     }
@@ -69,6 +72,7 @@ void updateRecords(const ChangeRequest &request) {
     Session session;
     const Layout layout(session, request.table);
     layout.checkRecordFits();
+    assignedColumns(layout, assignments); // each is named once
     Records record(layout, 1);
     FieldSelection fields;
     for (const Assignment &assignment : assignments)
@@ -80,6 +84,24 @@ void updateRecords(const ChangeRequest &request) {
         throw databaseFailure("cannot update " + request.table);
     session.commit();
     std::cout << rows(count) << " updated\n";
+}
+
+void setRows(const ChangeRequest &request) {
+    checkTableName(request.table);
+    checkSlots(request);
+    const auto conditions = chosenRecords(request, "set");
+    const auto assignments = parseAssignments(request.assignments);
+    Session session;
+    const Layout layout(session, request.table);
+    Object values(layout);
+    values.assign(assignments);
+    Object chosen(layout);
+    chosen.require(conditions);
+    uint32_t count = 0;
+    if (ORMEL_UpdateRecForConn2(session.connection(), values.get(), chosen.get(), &count) != ORMEL_OK)
+        throw databaseFailure("cannot set columns of " + request.table);
+    session.commit();
+    std::cout << rows(count) << " set\n";
 }
 
 } // namespace cli

@@ -1,6 +1,7 @@
 // The commands. Each does its work and prints its result, or throws UsageError or Failure.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,9 +33,25 @@ void countRecords(const std::string &table, const std::vector<std::string> &wher
 // Prints the records that meet all conditions, PREFETCH_ROWS at most.
 void showRecords(const std::string &table, const std::vector<std::string> &where);
 
+struct SelectRequest {
+    std::string table;
+    std::vector<std::string> where;
+    std::optional<std::string> fields; // names with commas between them; none: all columns
+    std::optional<std::string> limit;
+    std::optional<std::string> offset;
+    bool json = false;
+    bool csv = false;
+};
+
+// Prints the rows that meet all conditions, with their NULLs and large objects; takes all of them into memory first.
+void getRows(const SelectRequest &request);
+
+// The same row by row, as CSV or as a JSON object a line.
+void dumpRows(const SelectRequest &request);
+
 struct ChangeRequest {
     std::string table;
-    std::vector<std::string> assignments; // of an update
+    std::vector<std::string> assignments; // of an update or a new row
     std::vector<std::string> where;
     bool all = false; // every record is meant; needed where there are no conditions
 };
@@ -42,5 +59,11 @@ struct ChangeRequest {
 // Delete or update the records that meet all conditions.
 void deleteRecords(const ChangeRequest &request);
 void updateRecords(const ChangeRequest &request);
+
+// Inserts a row of the values that are given.
+void putRow(const ChangeRequest &request);
+
+// Updates the rows that meet all conditions, also with NULL and large objects.
+void setRows(const ChangeRequest &request);
 
 } // namespace cli

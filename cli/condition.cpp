@@ -66,9 +66,12 @@ std::string withoutQuotes(std::string_view text) {
     return value;
 }
 
+// The bare word, in any case.
+bool isNull(std::string_view text) {
+    return lowerCase(text) == "null";
+}
+
 std::string valueOf(std::string_view text) {
-    if (lowerCase(text) == "null")
-        throw UsageError("records carry no NULL: use the command sql for it, or write 'NULL' in quotes for the text");
     if (text.empty() || text.front() != '\'')
         return std::string(text);
     if (text.size() < 2 || text.back() != '\'')
@@ -88,9 +91,7 @@ void fill(ORMEL_COND_ITEM &item, const Layout &layout, const Condition &conditio
     item.uiOp = condition.op;
     const ORMEL_RES_ATT_FIELD &column = layout.columns()[item.ucFieldId];
     const auto type = static_cast<uint32_t>(column.atttypid);
-    if (condition.op == ORMEL_OP_LIKE && !isText(type) && !isLargeObject(type))
-        throw UsageError(condition.column + ": like compares texts, and the column is of the type " +
-                         layout.typeName(item.ucFieldId));
+    checkOperator(layout, item.ucFieldId, condition);
     const auto size = static_cast<size_t>(column.len);
     if (size > sizeof item.aucValue && !isText(type) && !isLargeObject(type))
         throw UsageError(condition.column + ": a condition's value has at most 256 bytes, and the column has " +
@@ -113,10 +114,16 @@ Condition parseCondition(std::string_view text) {
     if (words.column.empty() || words.op.empty())
         throw UsageError("'" + std::string(text) + "' is no condition: write 'COL OP VALUE', for example 'AGE <= 30'");
     const uint32_t code = operatorCode(words);
+    if (isNull(words.value))
+        throw UsageError("no comparison with NULL is ever true: ask in SQL, ormel sql \"SELECT ... WHERE " +
+                         std::string(words.column) +
+                         " IS NULL\" (or IS NOT NULL), or write 'NULL' in quotes for the text");
     return {std::string(words.column), code, valueOf(words.value)};
 }
 
 std::vector<Condition> parseConditions(const std::vector<std::string> &texts) {
+    if (texts.size() > ORMEL_MAX_ITEMS)
+        throw UsageError("a statement takes at most 32 conditions; use the command sql for more");
     return parseAll<Condition>(texts, [](const std::string &text) { return parseCondition(text); });
 }
 
@@ -125,18 +132,36 @@ Assignment parseAssignment(std::string_view text) {
     const std::string_view column = trimmed(text.substr(0, equals));
     if (equals == std::string_view::npos || column.empty())
         throw UsageError("'" + std::string(text) + "' is no assignment: write COL=VALUE, for example AGE=30");
-    return {std::string(column), valueOf(trimmed(text.substr(equals + 1)))};
+    const std::string_view value = trimmed(text.substr(equals + 1));
+    if (isNull(value))
+        return {std::string(column), std::nullopt};
+    return {std::string(column), valueOf(value)};
 }
 
 std::vector<Assignment> parseAssignments(const std::vector<std::string> &texts) {
     return parseAll<Assignment>(texts, [](const std::string &text) { return parseAssignment(text); });
 }
 
+std::vector<size_t> assignedColumns(const Layout &layout, const std::vector<Assignment> &assignments) {
+    std::vector<std::string> names;
+    for (const Assignment &assignment : assignments)
+        names.push_back(assignment.column);
+    return layout.positions(names);
+}
+
+void checkOperator(const Layout &layout, size_t position, const Condition &condition) {
+    const auto type = static_cast<uint32_t>(layout.columns()[position].atttypid);
+    if (condition.op == ORMEL_OP_LIKE && !isText(type) && type != QDC_TYPE_CLOB)
+        throw UsageError(condition.column + ": like compares texts, and the column is of the type " +
+                         layout.typeName(position));
+    if (condition.op != ORMEL_OP_LIKE && layout.isUndeclared(position)) // text would be compared with what may be none
+        throw UsageError(condition.column + ": " + layout.table() +
+                         " does not say of what type the column is, so only like compares it; use the command sql");
+}
+
 ConditionList::ConditionList(const Layout &layout, const std::vector<Condition> &conditions) {
     if (conditions.empty())
         return;
-    if (conditions.size() > ORMEL_MAX_ITEMS)
-        throw UsageError("a statement takes at most 32 conditions; use the command sql for more");
     bytes_.resize(sizeof(ORMEL_COND) + conditions.size() * sizeof(ORMEL_COND_ITEM));
     auto *list = reinterpret_cast<ORMEL_COND *>(bytes_.data());
     list->usCondNum = static_cast<uint16_t>(conditions.size());

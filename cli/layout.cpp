@@ -72,10 +72,29 @@ std::span<const ORMEL_RES_ATT_FIELD> Layout::columns() const {
     return {descriptor_->astField, static_cast<size_t>(descriptor_->iAttNum)};
 }
 
-uint8_t Layout::position(const std::string &column) const {
+size_t Layout::find(const std::string &column) const {
+    if (column.size() > kLongestName)
+        throw UsageError("the column name '" + column + "' has " + std::to_string(column.size()) +
+                         " bytes; the library carries " + std::to_string(kLongestName) + ", so use the command sql");
     const uint32_t found = ORMEL_GetFieldIdByNameFromResAttr(descriptor_.get(), column.c_str());
     if (found == ORMEL_INVALID)
         throw UsageError(table_ + " has no column '" + column + "'; it has " + columnNames(columns()));
+    return found;
+}
+
+std::vector<size_t> Layout::positions(const std::vector<std::string> &columns) const {
+    std::vector<size_t> result;
+    for (const std::string &column : columns) {
+        const size_t position = find(column);
+        if (std::find(result.begin(), result.end(), position) != result.end())
+            throw UsageError("the column " + column + " is named twice; name it once");
+        result.push_back(position);
+    }
+    return result;
+}
+
+uint8_t Layout::position(const std::string &column) const {
+    const size_t found = find(column);
     if (found > std::numeric_limits<uint8_t>::max())
         throw UsageError("the column " + column + " is beyond the 256th of " + table_ +
                          ", where conditions and assignments do not reach; use the command sql");
@@ -92,6 +111,11 @@ std::string Layout::typeName(size_t position) const {
     return found == declared_.end() || found->second.empty() ? cli::typeName(type(position)) : found->second;
 }
 
+bool Layout::isUndeclared(size_t position) const {
+    const auto found = declared_.find(columns()[position].attname);
+    return found != declared_.end() && found->second.empty();
+}
+
 // Decimal numbers travel as text, as dates do: only the declaration tells them apart.
 bool Layout::isDecimal(size_t position) const {
     if (type(position) != QDC_TYPE_TEXT)
@@ -104,10 +128,20 @@ bool Layout::isNumber(size_t position) const {
     return cli::isNumber(type(position)) || isDecimal(position);
 }
 
+Heading Layout::heading(size_t position) const {
+    return {columns()[position].attname, isNumber(position) ? Align::right : Align::left};
+}
+
 void Layout::parse(size_t position, std::string_view text, std::span<uint8_t> field) const {
     if (isDecimal(position))
         checkDecimal(text);
     parseValue(type(position), text, field);
+}
+
+std::string Layout::encode(size_t position, std::string_view text) const {
+    if (isDecimal(position))
+        checkDecimal(text);
+    return encodeValue(type(position), text, static_cast<size_t>(columns()[position].len));
 }
 
 std::string Layout::largeObjects() const {

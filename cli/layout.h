@@ -11,6 +11,7 @@
 #include <ormeldb.h>
 
 #include "session.h"
+#include "table.h"
 
 namespace cli {
 
@@ -27,16 +28,32 @@ public:
     ORMEL_RES_ATT *descriptor() const { return descriptor_.get(); }
     std::span<const ORMEL_RES_ATT_FIELD> columns() const;
 
-    // The position of a column, whatever the case of its name. Throws UsageError.
+    // The position of a column, whatever the case of its name, and the positions of several, each of which is named
+    // once. Throw UsageError.
+    size_t find(const std::string &column) const;
+    std::vector<size_t> positions(const std::vector<std::string> &columns) const;
+
+    // The position of a column as the one byte that names it in conditions and assignments of records. Throws
+    // UsageError.
     uint8_t position(const std::string &column) const;
     size_t recordLength() const;
+
+    uint32_t type(size_t position) const { return static_cast<uint32_t>(columns()[position].atttypid); }
 
     // The type of a column as the table declares it, where the catalogue knows it, else as the client reports it.
     std::string typeName(size_t position) const;
     bool isNumber(size_t position) const;
 
-    // Writes a value into a field of a record or into the value of a condition. Throws ValueError.
+    // Whether the catalogue knows the column without a type: an expression of a view, for one.
+    bool isUndeclared(size_t position) const;
+
+    // The column at the head of a table.
+    Heading heading(size_t position) const;
+
+    // Writes a value into a field of a record or into the value of a condition, or gives its bytes as a request object
+    // takes them. Throw ValueError.
     void parse(size_t position, std::string_view text, std::span<uint8_t> field) const;
+    std::string encode(size_t position, std::string_view text) const;
 
     // The names of the large-object columns with commas between them; empty where there are none.
     std::string largeObjects() const;
@@ -49,7 +66,6 @@ private:
         void operator()(ORMEL_RES_ATT *descriptor) const { ORMEL_DestoryResAtt(descriptor); }
     };
 
-    uint32_t type(size_t position) const { return static_cast<uint32_t>(columns()[position].atttypid); }
     bool isDecimal(size_t position) const;
 
     std::string table_;

@@ -1,6 +1,7 @@
 // The command ormel: its command line, and what becomes of errors.
 #include <algorithm>
 #include <clocale>
+#include <csignal>
 #include <functional>
 #include <iostream>
 
@@ -23,8 +24,11 @@ struct Options {
     std::string table;
     std::vector<std::string> where;
     cli::LoadRequest load;
+    cli::SelectRequest select;
     cli::ChangeRequest change;
 };
+
+constexpr const char *kValues = "the values; the word NULL without quotes is no value";
 
 struct Command {
     CLI::App *words;
@@ -45,6 +49,16 @@ void addWhere(CLI::App *command, std::vector<std::string> &where) {
 
 void addAll(CLI::App *command, cli::ChangeRequest &change) {
     command->add_flag("--all", change.all, "every record of the table");
+}
+
+void addAssignments(CLI::App *command, cli::ChangeRequest &change, const char *what) {
+    command->add_option("COL=VALUE", change.assignments, what)->type_name("")->required();
+}
+
+// An option whose value may be missing as far as the parser is concerned: the command says better what it should be.
+void addValue(CLI::App *command, const char *name, std::optional<std::string> &value, const char *type,
+              const char *what) {
+    command->add_option(name, value, what)->type_name(type)->expected(0, 1);
 }
 
 Command addNew(CLI::App &app, Options &options) {
@@ -102,10 +116,53 @@ Command addDelete(CLI::App &app, Options &options) {
 Command addUpdate(CLI::App &app, Options &options) {
     CLI::App *words = app.add_subcommand("update", "Give columns of records new values");
     addTable(words, options.change.table);
-    words->add_option("COL=VALUE", options.change.assignments, "the new values")->type_name("")->required();
+    addAssignments(words, options.change, "the new values");
     addWhere(words, options.change.where);
     addAll(words, options.change);
     return {words, true, [&] { cli::updateRecords(options.change); }};
+}
+
+// What get and dump have in common.
+void addSelect(CLI::App *command, cli::SelectRequest &select) {
+    addTable(command, select.table);
+    addWhere(command, select.where);
+    addValue(command, "--fields", select.fields, "a,b", "only these columns, in this order; else all");
+}
+
+Command addGet(CLI::App &app, Options &options) {
+    cli::SelectRequest &select = options.select;
+    CLI::App *words = app.add_subcommand("get", "Show rows with their NULLs and large objects");
+    addSelect(words, select);
+    addValue(words, "--limit", select.limit, "N", "at most so many rows");
+    addValue(words, "--offset", select.offset, "N", "pass over so many rows first; goes with --limit");
+    words->add_flag("--json", select.json, "as a JSON array");
+    words->add_flag("--csv", select.csv, "as CSV, with a heading");
+    return {words, true, [&] { cli::getRows(select); }};
+}
+
+Command addDump(CLI::App &app, Options &options) {
+    cli::SelectRequest &select = options.select;
+    CLI::App *words = app.add_subcommand("dump", "Write out a table of any size, row by row");
+    addSelect(words, select);
+    words->add_flag("--csv", select.csv, "as CSV, with a heading; also without this word");
+    words->add_flag("--json", select.json, "as JSON, an object a line");
+    return {words, true, [&] { cli::dumpRows(select); }};
+}
+
+Command addPut(CLI::App &app, Options &options) {
+    CLI::App *words = app.add_subcommand("put", "Insert a row");
+    addTable(words, options.change.table);
+    addAssignments(words, options.change, kValues);
+    return {words, true, [&] { cli::putRow(options.change); }};
+}
+
+Command addSet(CLI::App &app, Options &options) {
+    CLI::App *words = app.add_subcommand("set", "Give columns of rows new values, also NULL and large objects");
+    addTable(words, options.change.table);
+    addAssignments(words, options.change, kValues);
+    addWhere(words, options.change.where);
+    addAll(words, options.change);
+    return {words, true, [&] { cli::setRows(options.change); }};
 }
 
 std::vector<Command> addCommands(CLI::App &app, Options &options) {
@@ -118,7 +175,8 @@ std::vector<Command> addCommands(CLI::App &app, Options &options) {
         ->type_name("DIR");
     app.add_option("--called-from", options.place.calledFrom)->group(""); // not for people: see enterHome
     std::vector<Command> commands;
-    for (const auto add : {addNew, addSql, addDescribe, addLoad, addCount, addShow, addDelete, addUpdate})
+    for (const auto add : {addNew, addSql, addDescribe, addLoad, addCount, addShow, addGet, addDump, addPut, addSet,
+                           addDelete, addUpdate})
         commands.push_back(add(app, options));
     for (const Command &command : commands)
         command.words->group("Commands");
@@ -151,6 +209,7 @@ int run(CLI::App &app, const std::vector<Command> &commands, const Options &opti
 
 int main(int argc, char **argv) {
     std::setlocale(LC_CTYPE, "C.UTF-8"); // the library's text is UTF-8, whatever the terminal's language
+    std::signal(SIGPIPE, SIG_IGN);       // a pipe that its reader closed is a write that fails
     CLI::App app("Keeps records in a database through ormeldb", "ormel");
     try {
         Options options;

@@ -35,7 +35,7 @@ std::string fieldText(uint32_t type, std::span<const uint8_t> field) {
 std::vector<Heading> headings(const Layout &layout) {
     std::vector<Heading> result;
     for (size_t i = 0; i < layout.columns().size(); ++i)
-        result.push_back({layout.columns()[i].attname, layout.isNumber(i) ? Align::right : Align::left});
+        result.push_back(layout.heading(i));
     return result;
 }
 
@@ -68,10 +68,9 @@ void printNotes(const Session &session, const Layout &layout, const ConditionLis
         ORMEL_LocalExistRecordForConn(session.connection(), layout.table().c_str(), list.get(), &count) == ORMEL_OK &&
         count > shown)
         std::cerr << "ormel: these are the first " << shown << " of " << count
-                  << " rows, the most that one select takes; narrow them down with --where\n";
-    if (const std::string names = layout.largeObjects(); !names.empty())
-        std::cerr << "ormel: records do not carry large objects; read them with: ormel sql \"SELECT " << names
-                  << " FROM " << layout.table() << "\"\n";
+                  << " rows, the most that one select takes; narrow them down with --where, or take all with get\n";
+    if (!layout.largeObjects().empty())
+        std::cerr << "ormel: records do not carry large objects; read them with: ormel get " << layout.table() << "\n";
 }
 
 } // namespace

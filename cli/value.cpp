@@ -14,7 +14,6 @@ namespace cli {
 namespace {
 
 using Bytes = std::span<const uint8_t>;
-using Field = std::span<uint8_t>;
 
 // Long texts are cut in messages: the reader has the file.
 std::string quoted(std::string_view text) {
@@ -24,8 +23,10 @@ std::string quoted(std::string_view text) {
     return "'" + printable(text.substr(0, shown)) + (shown < text.size() ? "...'" : "'");
 }
 
-template <typename Number> void store(Number value, Field field) {
-    std::memcpy(field.data(), &value, std::min(sizeof value, field.size()));
+template <typename Number> std::string bytesOf(Number value) {
+    std::string bytes(sizeof value, '\0');
+    std::memcpy(bytes.data(), &value, sizeof value);
+    return bytes;
 }
 
 template <typename Number> Number fetch(Bytes bytes) {
@@ -42,7 +43,7 @@ template <typename Number> std::string shortest(Number value) {
 
 // --- Integers --------------------------------------------------------------------------------------------------
 
-template <typename Integer> void parseInteger(std::string_view text, Field field) {
+template <typename Integer> std::string parseInteger(std::string_view text) {
     using Limits = std::numeric_limits<Integer>;
     Integer value{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -50,19 +51,20 @@ template <typename Integer> void parseInteger(std::string_view text, Field field
         throw ValueError(text.empty() ? "an empty field is no number" : quoted(text) + " is no whole number");
     if (error == std::errc::result_out_of_range)
         throw ValueError(quoted(text) + " is outside " + shortest(Limits::min()) + " to " + shortest(Limits::max()));
-    store(value, field);
+    return bytesOf(value);
 }
 
 template <typename Integer> std::string formatInteger(Bytes bytes) {
     return shortest(fetch<Integer>(bytes));
 }
 
-void parseBoolean(std::string_view text, Field field) {
+std::string parseBoolean(std::string_view text) {
     const std::string word = lowerCase(text);
     if (word == "1" || word == "true")
-        store<int32_t>(1, field);
-    else if (word != "0" && word != "false")
-        throw ValueError(quoted(text) + " is neither true nor false (nor 1 nor 0)");
+        return bytesOf<int32_t>(1);
+    if (word == "0" || word == "false")
+        return bytesOf<int32_t>(0);
+    throw ValueError(quoted(text) + " is neither true nor false (nor 1 nor 0)");
 }
 
 std::string formatBoolean(Bytes bytes) {
@@ -71,14 +73,14 @@ std::string formatBoolean(Bytes bytes) {
 
 // --- Floating point --------------------------------------------------------------------------------------------
 
-void parseDouble(std::string_view text, Field field) {
+std::string parseDouble(std::string_view text) {
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error == std::errc::result_out_of_range)
         throw ValueError(quoted(text) + " is outside what 8 bytes of floating point hold");
     if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
         throw ValueError(text.empty() ? "an empty field is no number" : quoted(text) + " is no number");
-    store(value, field);
+    return bytesOf(value);
 }
 
 std::string formatDouble(Bytes bytes) {
@@ -87,16 +89,19 @@ std::string formatDouble(Bytes bytes) {
 
 // --- Text ------------------------------------------------------------------------------------------------------
 
-// One byte of the field stays free for the NUL, without which results would cut the text.
-void parseText(std::string_view text, Field field) {
-    if (text.size() >= field.size())
-        throw ValueError(quoted(text) + " has " + std::to_string(text.size()) + " bytes, the field holds at most " +
-                         std::to_string(field.size() - 1));
+std::string parseText(std::string_view text) {
     if (text.find('\0') != std::string_view::npos)
         throw ValueError(quoted(text) + " has a NUL byte, where a record's text would end");
     if (const auto bad = firstInvalidByte(text))
         throw ValueError(quoted(text) + " is no UTF-8 text from byte " + std::to_string(*bad + 1) + " on");
-    std::copy(text.begin(), text.end(), field.begin());
+    return std::string(text);
+}
+
+// One byte of the field stays free for the NUL, without which results would cut the text.
+void checkTextFits(std::string_view text, size_t size) {
+    if (text.size() >= size)
+        throw ValueError(quoted(text) + " has " + std::to_string(text.size()) + " bytes, the field holds at most " +
+                         std::to_string(size - 1));
 }
 
 std::string formatText(Bytes bytes) {
@@ -112,14 +117,19 @@ uint8_t hexDigit(char c) {
     return value;
 }
 
-// A record does not tell how many of a field's bytes count, so that all of them have to be given.
-void parseBytes(std::string_view text, Field field) {
-    if (text.size() != 2 * field.size())
-        throw ValueError("the field takes exactly " + std::to_string(field.size()) + " bytes, written as " +
-                         std::to_string(2 * field.size()) + " hexadecimal digits, and " + quoted(text) + " has " +
-                         std::to_string(text.size()));
-    for (size_t i = 0; i < field.size(); ++i)
-        field[i] = static_cast<uint8_t>(hexDigit(text[2 * i]) << 4 | hexDigit(text[2 * i + 1]));
+std::string parseBytes(std::string_view text) {
+    if (text.size() % 2 != 0)
+        throw ValueError(quoted(text) + " has " + counted(text.size(), "hexadecimal digit") + ", and a byte takes two");
+    std::string bytes;
+    for (size_t i = 0; i < text.size(); i += 2)
+        bytes += static_cast<char>(hexDigit(text[i]) << 4 | hexDigit(text[i + 1]));
+    return bytes;
+}
+
+[[noreturn]] void refuseLength(std::string_view text, size_t size, const char *howMany) {
+    throw ValueError(std::string("the field takes ") + howMany + " " + std::to_string(size) + " bytes, written as " +
+                     std::to_string(2 * size) + " hexadecimal digits, and " + quoted(text) + " has " +
+                     std::to_string(text.size()));
 }
 
 std::string formatBytes(Bytes bytes) {
@@ -133,23 +143,19 @@ std::string formatBytes(Bytes bytes) {
     return text;
 }
 
-// --- Large objects and what is not known -----------------------------------------------------------------------
+// --- Types -----------------------------------------------------------------------------------------------------
 
-void refuseLargeObject(std::string_view, Field) {
-    throw ValueError("it is a large object, which no record carries; use the command sql for this column");
-}
-
-void refuseUnknown(std::string_view, Field) {
+std::string refuseUnknown(std::string_view) {
     throw ValueError("values of its type are not known here; use the command sql for this column");
 }
 
-enum class Kind { number, other, text, largeObject };
+enum class Kind { number, other, text, bytes, largeObject };
 
 struct Type {
     uint32_t id;
     const char *name;
     Kind kind;
-    void (*parse)(std::string_view, Field);
+    std::string (*parse)(std::string_view);
     std::string (*format)(Bytes);
 };
 
@@ -160,11 +166,11 @@ constexpr Type kTypes[] = {
     {QDC_TYPE_CHAR, "char", Kind::text, parseText, formatText},
     {QDC_TYPE_VARCHAR, "varchar", Kind::text, parseText, formatText},
     {QDC_TYPE_TEXT, "as text", Kind::text, parseText, formatText},
-    {QDC_TYPE_BINARY, "binary", Kind::other, parseBytes, formatBytes},
-    {QDC_TYPE_VARBINARY, "varbinary", Kind::other, parseBytes, formatBytes},
-    {QDC_TYPE_CLOB, "large text", Kind::largeObject, refuseLargeObject, formatText},
-    {QDC_TYPE_BLOB, "large bytes", Kind::largeObject, refuseLargeObject, formatBytes},
-    {QDC_TYPE_RAW, "raw", Kind::other, parseBytes, formatBytes},
+    {QDC_TYPE_BINARY, "binary", Kind::bytes, parseBytes, formatBytes},
+    {QDC_TYPE_VARBINARY, "varbinary", Kind::bytes, parseBytes, formatBytes},
+    {QDC_TYPE_CLOB, "large text", Kind::largeObject, parseText, formatText},
+    {QDC_TYPE_BLOB, "large bytes", Kind::largeObject, parseBytes, formatBytes},
+    {QDC_TYPE_RAW, "raw", Kind::bytes, parseBytes, formatBytes},
     {QDC_TYPE_BOOL, "boolean", Kind::other, parseBoolean, formatBoolean},
 };
 
@@ -193,9 +199,25 @@ bool isLargeObject(uint32_t type) {
     return typeOf(type).kind == Kind::largeObject;
 }
 
+std::string encodeValue(uint32_t type, std::string_view text, size_t size) {
+    const Type &known = typeOf(type);
+    if (known.kind == Kind::text)
+        checkTextFits(text, size);
+    if (known.kind == Kind::bytes && text.size() > 2 * size)
+        refuseLength(text, size, "at most");
+    return known.parse(text);
+}
+
+// A record does not tell how many of a byte string's bytes count, so that all of them have to be given.
 void parseValue(uint32_t type, std::string_view text, std::span<uint8_t> field) {
-    std::fill(field.begin(), field.end(), uint8_t{0});
-    typeOf(type).parse(text, field);
+    const Kind kind = typeOf(type).kind;
+    if (kind == Kind::largeObject)
+        throw ValueError("it is a large object, which no record carries; use the command sql for this column");
+    if (kind == Kind::bytes && text.size() != 2 * field.size())
+        refuseLength(text, field.size(), "exactly");
+    const std::string value = encodeValue(type, text, field.size());
+    const auto end = std::copy_n(value.begin(), std::min(value.size(), field.size()), field.begin());
+    std::fill(end, field.end(), uint8_t{0});
 }
 
 void checkDecimal(std::string_view text) {

@@ -53,7 +53,8 @@ class Change(HomeTest):
                 (["name=" + "x" * 21], "name: 'xxxxxxxxxxxxxxxxxxxxx' has 21 bytes, the field holds at most 20"),
                 (["body=x"], "body: it is a large object, which no record carries; use the command sql for this column"),
                 (["name"], "'name' is no assignment: write COL=VALUE, for example AGE=30"),
-                (["name=NULL"], "records carry no NULL: use the command sql for it, or write 'NULL' in quotes for the text"),
+                (["name=NULL"], "records carry no NULL: use the command set for it, or write 'NULL' in quotes for the text"),
+                (["name=x", "NAME=y"], "the column NAME is named twice; name it once"),
                 (["name=x"] * 33, "an update takes at most 32 assignments and conditions; use the command sql for more")]:
             self.assertEqual(self.refused(2, "update", "t", *words, "--all"), reason)
         self.assertEqual(self.rows()[0], (1, "a", 0.5, "x"))

@@ -73,9 +73,21 @@ TEST(Condition, WhatIsNoConditionIsRefused) {
     EXPECT_EQ(refusal(parseCondition, "A = '''"), "a quote inside the quoted value ''' is written twice: ''");
 }
 
-TEST(Condition, NullIsNoValue) {
-    EXPECT_NE(refusal(parseCondition, "A = NULL").find("carry no NULL"), std::string::npos);
-    EXPECT_NE(refusal(parseAssignment, "A=null").find("carry no NULL"), std::string::npos);
+TEST(Condition, IsNeverTrueWithNull) {
+    EXPECT_EQ(refusal(parseCondition, "A = NULL"),
+              "no comparison with NULL is ever true: ask in SQL, ormel sql \"SELECT ... WHERE A IS NULL\" (or IS NOT "
+              "NULL), or write 'NULL' in quotes for the text");
+    for (const char *text : {"A <> null", "A < Null", "A <= nULL", "A like NULL"})
+        EXPECT_EQ(refusal(parseCondition, text).rfind("no comparison with NULL", 0), 0u) << text;
+    EXPECT_EQ(refusal(parseCondition, "A > NULL").rfind("there is no operator '>'", 0), 0u);
+    expectCondition("A = NULLS", "A", ORMEL_OP_EQUAL, "NULLS");
+}
+
+TEST(Condition, AStatementTakesSoMany) {
+    std::vector<std::string> texts(ORMEL_MAX_ITEMS, "A = 1");
+    EXPECT_EQ(parseConditions(texts).size(), 32u);
+    texts.emplace_back("A = 1");
+    EXPECT_THROW(parseConditions(texts), UsageError);
 }
 
 TEST(Assignment, HasAColumnAndAValue) {
@@ -86,9 +98,17 @@ TEST(Assignment, HasAColumnAndAValue) {
     }
     EXPECT_EQ(parseAssignment("A=1=2").value, "1=2");
     EXPECT_EQ(parseAssignment("A=").value, "");
+    EXPECT_EQ(parseAssignment("A=''").value, "");
     for (const char *text : {"", "A", "=1", " = 1"})
         EXPECT_EQ(refusal(parseAssignment, text),
                   "'" + std::string(text) + "' is no assignment: write COL=VALUE, for example AGE=30");
+}
+
+TEST(Assignment, TheBareWordNullIsNoValue) {
+    for (const char *text : {"A=NULL", "A=null", "A = Null "})
+        EXPECT_EQ(parseAssignment(text).value, std::nullopt) << text;
+    EXPECT_EQ(parseAssignment("A='NULL'").value, "NULL");
+    EXPECT_EQ(parseAssignment("A=NULL NULL").value, "NULL NULL");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 """The demo, with the command that is being tested."""
 
 import csv
+import json
 import os
 import re
 import subprocess
@@ -39,6 +40,8 @@ class Demo(DirectoryTest):
         snow = count(lambda row: row[1].startswith("SNOW"))
         self.assertTrue(said("show unicode --where 'name like SNOW%'")[0].endswith(f"\n({snow})"))
         self.assertIn(" 2603  | SNOWMAN ", said("show unicode --where 'name like SNOW%'")[0])
+        self.assertEqual(json.loads(said("get unicode --where 'name like SNOW%' --fields 'code,name' --limit 2 --json")[0]),
+                         [{"CODE": row[0], "NAME": row[1]} for row in rows if row[1].startswith("SNOW")][:2])
         self.assertEqual(said("update unicode 'remark=seen in winter' --where 'name like SNOW%'"), [snow + " updated"])
         self.assertEqual(said("count unicode --where 'remark = seen in winter'"), [snow])
         self.assertEqual(said("delete unicode --where 'category = Co'"), [count(lambda row: row[2] == "Co") + " deleted"])

@@ -81,3 +81,9 @@ class HomeTest(DirectoryTest):
         self.assertIn(key, [line.split("=")[0] for line in lines])
         changed = [f"{key}={value}" if line.split("=")[0] == key else line for line in lines]
         self.write("home/conf/db.conf", "\n".join(changed) + "\n")
+
+
+def fill(test, target, count):
+    """Inserts rows for i from 1 to count: "t (id) SELECT i"."""
+    test.database().executescript(f"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < {count}) "
+                                  f"INSERT INTO {target} FROM n")

@@ -2,7 +2,7 @@
 
 import unittest
 
-from harness import HomeTest
+from harness import HomeTest, fill
 
 
 class Show(HomeTest):
@@ -35,27 +35,25 @@ class Show(HomeTest):
 
     def test_more_records_than_are_converted_at_a_time(self):
         self.sql("CREATE TABLE t (id INTEGER)")
-        self.database().executescript("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 2500) "
-                                      "INSERT INTO t SELECT i FROM n")
+        fill(self, "t SELECT i", 2500)
         lines = self.ormel("show", "t").splitlines()
         self.assertEqual([int(line) for line in lines[2:-1]], list(range(1, 2501)))
         self.assertEqual(lines[-1], "(2500 rows)")
 
     def test_says_when_there_is_more_than_a_select_takes(self):
         self.sql("CREATE TABLE t (id INTEGER)")
-        self.database().executescript("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100001) "
-                                      "INSERT INTO t SELECT i FROM n")
+        fill(self, "t SELECT i", 100001)
         self.assertTrue(self.ormel("show", "t", "--where", "id <= 100000").endswith("(100000 rows)\n"))
         done = self.run_ormel("--home", "home", "show", "t")
         self.assertTrue(done.stdout.endswith("(100000 rows)\n"))
         self.assertEqual(done.stderr, "ormel: these are the first 100000 of 100001 rows, the most that one select takes; "
-                                      "narrow them down with --where\n")
+                                      "narrow them down with --where, or take all with get\n")
 
     def test_large_objects_are_not_in_records(self):
         self.sql("CREATE TABLE t (id INTEGER, body TEXT)")
         self.sql("INSERT INTO t VALUES (1, '" + "x" * 1000 + "')")
         self.assertEqual(self.ormel("show", "t", notes="ormel: records do not carry large objects; read them with: "
-                                                       "ormel sql \"SELECT BODY FROM t\"\n"),
+                                                       "ormel get t\n"),
                          " ID | BODY\n----+------------------\n  1 | (not in records)\n(1 row)\n")
 
     def test_more_columns_than_an_insert_carries(self):

@@ -71,6 +71,7 @@ class Trouble(HomeTest):
         other.execute("BEGIN IMMEDIATE")
         self.write("x.csv", "1\n")
         for command in [["delete", "t", "--all"], ["update", "t", "id=1", "--all"], ["load", "t", "x.csv"],
+                        ["put", "t", "id=1"], ["set", "t", "id=1", "--all"],
                         ["sql", "INSERT INTO t VALUES (1)"]]:
             line = self.refused(1, *command)
             self.assertIn("database is locked", line)
@@ -81,7 +82,8 @@ class Trouble(HomeTest):
 
     def test_a_table_that_is_not_there(self):
         self.write("x.csv", "1\n")
-        for command in [["describe"], ["count"], ["show"], ["delete", "--all"], ["update", "id=1", "--all"]]:
+        for command in [["describe"], ["count"], ["show"], ["get"], ["dump"], ["delete", "--all"],
+                        ["update", "id=1", "--all"], ["put", "id=1"], ["set", "id=1", "--all"]]:
             line = self.refused(1, command[0], "nonesuch", *command[1:])
             self.assertTrue(line.startswith("cannot describe the table nonesuch: "), line)
             self.assertIn("no such table: nonesuch", line)

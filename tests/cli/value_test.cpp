@@ -136,6 +136,36 @@ TEST_F(Value, LargeObjectsAndUnknownTypesAreRefused) {
     EXPECT_EQ(refusal(99, "x", 4), "values of its type are not known here; use the command sql for this column");
 }
 
+TEST_F(Value, OutsideARecordHasItsOwnLength) {
+    EXPECT_EQ(encodeValue(QDC_TYPE_INT32, "258", 4), std::string("\2\1\0\0", 4));
+    EXPECT_EQ(encodeValue(QDC_TYPE_BOOL, "true", 4), std::string("\1\0\0\0", 4));
+    EXPECT_EQ(encodeValue(QDC_TYPE_INT64, "-1", 8), std::string(8, '\xFF'));
+    EXPECT_EQ(encodeValue(QDC_TYPE_DOUBLE, "0", 8), std::string(8, '\0'));
+    EXPECT_EQ(encodeValue(QDC_TYPE_VARCHAR, "Zo\u00eb", 9), "Zo\u00eb");
+    EXPECT_EQ(encodeValue(QDC_TYPE_VARBINARY, "00fF", 3), std::string("\0\xFF", 2));
+    EXPECT_EQ(encodeValue(QDC_TYPE_VARBINARY, "", 3), "");
+    EXPECT_EQ(encodeValue(QDC_TYPE_CLOB, std::string(1000, 'x'), 44), std::string(1000, 'x'));
+    EXPECT_EQ(encodeValue(QDC_TYPE_BLOB, std::string(200, '0'), 44), std::string(100, '\0'));
+}
+
+TEST_F(Value, OutsideARecordIsRefusedToo) {
+    const auto refused = [](uint32_t type, std::string_view text, size_t size) {
+        try {
+            encodeValue(type, text, size);
+        } catch (const ValueError &error) {
+            return std::string(error.what());
+        }
+        return std::string("taken");
+    };
+    EXPECT_EQ(refused(QDC_TYPE_VARCHAR, "abcde", 5), "'abcde' has 5 bytes, the field holds at most 4");
+    EXPECT_EQ(refused(QDC_TYPE_BINARY, "00ff00ff", 3),
+              "the field takes at most 3 bytes, written as 6 hexadecimal digits, and '00ff00ff' has 8");
+    EXPECT_EQ(refused(QDC_TYPE_RAW, "0", 3), "'0' has 1 hexadecimal digit, and a byte takes two");
+    EXPECT_EQ(refused(QDC_TYPE_BLOB, "00f", 44), "'00f' has 3 hexadecimal digits, and a byte takes two");
+    EXPECT_EQ(refused(QDC_TYPE_CLOB, "a\xFF", 44), "'a\\xff' is no UTF-8 text from byte 2 on");
+    EXPECT_EQ(refused(99, "x", 4), "values of its type are not known here; use the command sql for this column");
+}
+
 TEST_F(Value, TypesHaveNamesAndKinds) {
     EXPECT_EQ(typeName(QDC_TYPE_INT32), "integer");
     EXPECT_EQ(typeName(QDC_TYPE_BLOB), "large bytes");

@@ -47,7 +47,7 @@ typedef struct ORMEL_PARA_BATCH {
 /*
  * A container of iRecNum zeroed objects (below 1: none), each with the table's name, or NULL: no name, or no memory.
  * The caller fills the objects with the setters and releases all of it with ORMEL_Multi_object_UnInit. Its size is
- * counted in 32 bits: more than 1088999 objects end the process.
+ * counted in 32 bits: more than 1088987 objects end the process.
  */
 ORMEL_API ORMEL_MULTI_OBJECT *ORMEL_Multi_object_Init(const char *pcTableName, int32_t iRecNum);
 /* Clears the objects and frees the container. NULL: nothing. */
@@ -83,8 +83,8 @@ ORMEL_API void ORMEL_BatchInsert_Para_Free(ORMEL_PARA_BATCH *pstBatch);
 
 /*
  * Fills a batch that was made for this container. Large objects and names are pointed at and must outlive it. The
- * descriptor is not read. Returns 0; 98 as the insertion does; 1 when a pointer is NULL or the first object has more
- * items than the batch has columns. With 98 and 1 nothing is written.
+ * descriptor is not read. Returns 0; 98 as the insertion does; 1 when a pointer is NULL, the first object has more
+ * items than the batch has columns, or there are more objects than it was made for. With 98 and 1 nothing is written.
  */
 ORMEL_API uint32_t ORMEL_SetBatchParaByObject(ORMEL_PARA_BATCH *pstBatch, const ORMEL_MULTI_OBJECT *pstMulti,
                                               const ORMEL_RES_ATT *pstResAtt);

@@ -105,6 +105,8 @@ uint32_t writeLob(void *stmt, uint32_t pos, uint32_t row, const ORMEL_PARA_BATCH
             ORMEL_LOG_AS(func, KPL_LOG_ERROR, "LOB qdc_write_batch_blob:%d failed", static_cast<int>(pos));
         return status;
     }
+    if (item.type != QDC_TYPE_CLOB)
+        return ORMEL_OK;
     uint32_t written = 0;
     const uint32_t status = qdc_write_batch_clob(stmt, pos, row, value, length, &written);
     if (status != 0)

@@ -86,13 +86,21 @@ bool makeColumn(ORMEL_PARA_BATCH_ITEM &column, const ORMEL_RES_ATT_FIELD &entry,
     return true;
 }
 
+void freeColumn(ORMEL_PARA_BATCH_ITEM &column) {
+    std::free(column.data);
+    std::free(column.ind);
+    std::free(static_cast<void *>(column.lobArray));
+    std::free(column.lobLen);
+    column = {};
+}
+
 struct FreeBatch {
     void operator()(ORMEL_PARA_BATCH *batch) const { ORMEL_BatchInsert_Para_Free(batch); }
 };
 
 // Whether the first object's items say what the columns are.
 bool describesColumns(const ORMEL_MULTI_OBJECT &multi, int32_t columns) {
-    if (columns > ORMEL_MAX_ITEMS || (columns > 0 && multi.uiRecNum == 0))
+    if (columns > 0 && (multi.uiRecNum == 0 || columns > ORMEL_MAX_ITEMS || columns > multi.astObject[0].iItemNum))
         return false;
     for (int32_t k = 0; k < columns; ++k)
         if (multi.astObject[0].astItem[k].pstInfo == nullptr)
@@ -108,15 +116,23 @@ uint32_t refuse(uint32_t code, uint32_t row, const char *column, const char *why
     return code;
 }
 
+bool isSameColumn(const ORMEL_RES_ATT_FIELD &a, const ORMEL_RES_ATT_FIELD &b) {
+    return a.atttypid == b.atttypid && a.attlen == b.attlen && strcasecmp(a.attname, b.attname) == 0;
+}
+
 // Whether item k of a row is one that the column which the first row's item makes can take.
 uint32_t checkItem(const ORMEL_OBJECT_ITEM &item, const ORMEL_OBJECT_ITEM &first, uint32_t row) {
-    if (item.pstInfo == nullptr)
+    if (item.pstInfo == nullptr || first.pstInfo == nullptr)
         return refuse(ORMEL_ERR_CHECK, row, "?", "the object was not checked");
-    const char *name = item.pstInfo->attname;
-    if (item.pstInfo != first.pstInfo && strcasecmp(name, first.pstInfo->attname) != 0)
-        return refuse(ORMEL_ERR_CHECK, row, name, "the first object has another column at this place");
-    if (item.uiLength > kLongest && shapeOf(static_cast<uint32_t>(item.pstInfo->atttypid)) != Shape::lob)
-        return refuse(ORMEL_ERR_CHECK, row, name, "the value has more than 65534 bytes");
+    const ORMEL_RES_ATT_FIELD &entry = *item.pstInfo;
+    if (item.pstInfo != first.pstInfo && !isSameColumn(entry, *first.pstInfo))
+        return refuse(ORMEL_ERR_CHECK, row, entry.attname, "the first object has another column at this place");
+    const Shape shape = shapeOf(static_cast<uint32_t>(entry.atttypid));
+    const auto size = static_cast<uint32_t>(entry.attlen);
+    if ((shape == Shape::four || shape == Shape::eight) && size != widthOf(shape, size))
+        return refuse(ORMEL_ERR_CHECK, row, entry.attname, "the database describes another size than the type has");
+    if (item.uiLength > kLongest && shape != Shape::lob)
+        return refuse(ORMEL_ERR_CHECK, row, entry.attname, "the value has more than 65534 bytes");
     return ORMEL_OK;
 }
 
@@ -124,6 +140,8 @@ uint32_t checkObjects(const ORMEL_PARA_BATCH &batch, const ORMEL_MULTI_OBJECT &m
     const ORMEL_OBJECT &first = multi.astObject[0];
     if (first.iItemNum < 0 || first.iItemNum > ORMEL_MAX_ITEMS || first.iItemNum > batch.itemNum)
         return refuse(ORMEL_ERR_FAILED, 0, "?", "the batch was not made for as many columns");
+    if (multi.uiRecNum > batch.uiRecNum)
+        return refuse(ORMEL_ERR_FAILED, batch.uiRecNum, "?", "the batch was not made for as many rows");
     for (uint32_t row = 0; row < multi.uiRecNum; ++row) {
         const ORMEL_OBJECT &obj = multi.astObject[row];
         if (obj.iItemNum != first.iItemNum)
@@ -188,6 +206,7 @@ ORMEL_PARA_BATCH *ORMEL_BatchInsert_Para_Malloc(int32_t iItemNum, const ORMEL_MU
         return nullptr;
     }
     batch->itemNum = iItemNum;
+    batch->uiRecNum = pstMulti->uiRecNum;
     ORMEL_LOG(KPL_LOG_INFO, "BatchInsert_Para_Malloc arrlen:%d itemNum:%d.", static_cast<int>(pstMulti->uiRecNum),
               iItemNum);
     for (int32_t k = 0; k < iItemNum; ++k)
@@ -200,13 +219,8 @@ void ORMEL_BatchInsert_Para_Free(ORMEL_PARA_BATCH *pstBatch) {
     if (pstBatch == nullptr)
         return;
     const int32_t columns = pstBatch->itemNum <= ORMEL_MAX_ITEMS ? pstBatch->itemNum : 0;
-    for (int32_t k = 0; k < columns; ++k) {
-        ORMEL_PARA_BATCH_ITEM &column = pstBatch->astItem[k];
-        std::free(column.data);
-        std::free(column.ind);
-        std::free(static_cast<void *>(column.lobArray));
-        std::free(column.lobLen);
-    }
+    for (int32_t k = 0; k < columns; ++k)
+        freeColumn(pstBatch->astItem[k]);
     std::free(pstBatch);
 }
 
@@ -222,6 +236,8 @@ uint32_t ORMEL_SetBatchParaByObject(ORMEL_PARA_BATCH *pstBatch, const ORMEL_MULT
     if (rows == 0)
         return ORMEL_OK;
     const ORMEL_OBJECT &first = pstMulti->astObject[0];
+    for (int32_t k = first.iItemNum; k < pstBatch->itemNum; ++k)
+        freeColumn(pstBatch->astItem[k]); // beyond what the freeing of the batch will count
     pstBatch->itemNum = first.iItemNum;
     for (int32_t k = 0; k < first.iItemNum; ++k)
         pstBatch->name[k] = first.astItem[k].acName;

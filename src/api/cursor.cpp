@@ -38,6 +38,7 @@ bool reduce(ORMEL_TRANS *slot, ORMEL_OBJECT &obj) {
     if (reduced == nullptr)
         return false;
     ORMEL_DestoryResAtt(ORMEL_TransGetResAtt(slot));
+    ormel::keepFromCache(*reduced);
     ORMEL_TransSetResAtt(slot, reduced);
     return true;
 }
@@ -123,6 +124,7 @@ uint32_t ORMEL_FetchSelectRec(ORMEL_TRANS *pstTrans, ORMEL_RECORD_BUFFER *pstDsb
     const Fetched row = fetch(__func__, pstTrans);
     if (row.code != ORMEL_OK)
         return row.code;
+    pstDsbuf->usRecNum = 0; // also where there is no block to write to
     ORMEL_CreatDsbufByRes(pstDsbuf, row.res.get(), ORMEL_TransGetResAtt(pstTrans));
     return delivered(*row.res);
 }

@@ -38,7 +38,10 @@ bool reduce(void *conn, ORMEL_OBJECT &obj, TableAttributes &att) {
         return true;
     att.reset(nullptr);
     att.reset(ORMEL_ResAttCreate(conn, obj.acTableName, &obj));
-    return att.get() != nullptr;
+    if (att.get() == nullptr)
+        return false;
+    ormel::keepFromCache(*att.get());
+    return true;
 }
 
 uint32_t check(ORMEL_OBJECT &obj, ORMEL_RES_ATT *att, ORMEL_PARA &para) {

@@ -16,3 +16,8 @@ uint32_t ormel::commit(void *conn) {
         dbPrintError(conn);
     return status;
 }
+
+void ormel::keepFromCache(ORMEL_RES_ATT &reduced) {
+    if (ORMEL_ResAttGet(reduced.acTableName) == nullptr)
+        reduced.acTableName[0] = '\0';
+}

@@ -43,6 +43,10 @@ template <class Request> const char *tableOf(const Request &obj) {
     return std::memchr(obj.acTableName, '\0', sizeof obj.acTableName) != nullptr ? obj.acTableName : "";
 }
 
+// Called with a descriptor of select fields, once the whole table's has been given back: where the cache did not take
+// that, this one loses its name, so that it is never cached in its stead.
+void keepFromCache(ORMEL_RES_ATT &reduced);
+
 // Logs that an operation of the API begins.
 void traceIn(const char *func);
 

@@ -99,7 +99,8 @@ bool checkSelectField(const char *func, const char *name, ORMEL_RES_ATT &att) {
         return false;
     if (ORMEL_GetResAttInfoByName(&att, name) != nullptr)
         return true;
-    ORMEL_LOG_AS(func, KPL_LOG_INFO, "pstInfo1 is NULL fieldname=%s.", name);
+    ORMEL_LOG_AS(func, KPL_LOG_INFO, "pstInfo1 is NULL fieldname=%.*s.", ormel::textLength(name, ORMEL_NAME_SIZE),
+                 name);
     return false;
 }
 

@@ -1,5 +1,6 @@
 #include "ormeldb/res_att.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <memory>
 #include <strings.h>
@@ -65,16 +66,29 @@ struct Place {
     const ORMEL_RES_ATT *att;
     const char *name;
     uint32_t id;
+    uint32_t twins;
 };
+
+// Counts the descriptors that have a name twice. Of two columns the first is meant, and one that took the place of
+// another descriptor may have it elsewhere: what was remembered before is forgotten.
+std::atomic<uint32_t> g_twins;
 constexpr size_t kPlaces = 256;
 thread_local Place t_places[kPlaces];
 
-// Names lie side by side, as a program's literals or an array's elements. So their low bits keep a wide row's apart, or,
-// where they lie a power of two apart, the bits above these.
+// Names lie side by side, as a program's literals or an array's elements. So their low bits keep a wide row's apart,
+// or, where they lie a power of two apart, the bits above these.
 Place &placeOf(const ORMEL_RES_ATT *att, const char *name) {
     const auto block = reinterpret_cast<uintptr_t>(att) / alignof(max_align_t);
     const auto at = reinterpret_cast<uintptr_t>(name);
     return t_places[(block + at + at / 32) % kPlaces];
+}
+
+bool hasTwins(const ORMEL_RES_ATT &att) {
+    for (int32_t i = 1; i < att.iAttNum; ++i)
+        for (int32_t k = 0; k < i; ++k)
+            if (strcasecmp(att.astField[i].attname, att.astField[k].attname) == 0)
+                return true;
+    return false;
 }
 
 bool isColumn(const ORMEL_RES_ATT &att, uint32_t id, const char *name) {
@@ -96,6 +110,8 @@ ORMEL_RES_ATT *ORMEL_ResAttCreate(void *pConn, const char *pcTableName, const OR
     for (int32_t i = 0; i < att->iAttNum; ++i)
         if (!describe(probe.get(), *att, i))
             return nullptr;
+    if (hasTwins(*att))
+        ++g_twins;
     ORMEL_ResAttShow(att.get());
     return att.release();
 }
@@ -132,11 +148,13 @@ uint32_t ORMEL_GetFieldIdByNameFromResAttr(const ORMEL_RES_ATT *pstResAtt, const
     if (pstResAtt == nullptr || pcName == nullptr)
         return ORMEL_INVALID;
     Place &place = placeOf(pstResAtt, pcName);
-    if (place.att == pstResAtt && place.name == pcName && isColumn(*pstResAtt, place.id, pcName))
+    const uint32_t twins = g_twins.load(std::memory_order_relaxed);
+    if (place.att == pstResAtt && place.name == pcName && place.twins == twins &&
+        isColumn(*pstResAtt, place.id, pcName))
         return place.id;
     for (uint32_t id = 0; int64_t{id} < pstResAtt->iAttNum; ++id)
         if (isColumn(*pstResAtt, id, pcName)) {
-            place = {pstResAtt, pcName, id};
+            place = {pstResAtt, pcName, id, twins};
             return id;
         }
     return ORMEL_INVALID;

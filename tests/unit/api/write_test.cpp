@@ -14,17 +14,6 @@ using unit::operator+;
 
 namespace {
 
-// What was bound, as "position: bytes".
-using Values = std::vector<std::pair<uint32_t, std::string>>;
-
-Values Bound() {
-    Values values;
-    for (const unit::Bound &bound : Client().Bounds()) {
-        values.emplace_back(bound.position, bound.bytes);
-    }
-    return values;
-}
-
 class WriteTest : public unit::OperationTest {
 protected:
     // A table of integers and a record of them.

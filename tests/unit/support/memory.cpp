@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <mutex>
-#include <unordered_set>
 
 extern "C" {
 void *__real_malloc(size_t size);
@@ -92,6 +91,22 @@ std::vector<size_t> FailingAllocation::Sizes() const {
 size_t LiveBlocks() {
     std::lock_guard guard(TheHeap().mutex);
     return TheHeap().live.size();
+}
+
+Blocks Live() {
+    std::lock_guard guard(TheHeap().mutex);
+    return TheHeap().live;
+}
+
+size_t FreeNew(const Blocks &before) {
+    size_t count = 0;
+    for (void *block : Live()) {
+        if (before.count(block) == 0) {
+            __wrap_free(block);
+            ++count;
+        }
+    }
+    return count;
 }
 
 } // namespace unit

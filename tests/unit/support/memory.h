@@ -4,6 +4,7 @@
 #define UNIT_MEMORY_H
 
 #include <cstddef>
+#include <unordered_set>
 #include <vector>
 
 namespace unit {
@@ -27,6 +28,12 @@ public:
 
 // Blocks given and not yet freed.
 size_t LiveBlocks();
+
+// The blocks themselves, and a way to free those that are not among earlier ones: what the library keeps on purpose.
+// Returns how many there were.
+using Blocks = std::unordered_set<void *>;
+Blocks Live();
+size_t FreeNew(const Blocks &before);
 
 // Runs operation() once for each of its allocations, which fails; check(n) follows each run. Returns how many there
 // were.

@@ -1,5 +1,7 @@
 #include "ormeldb/res_att.h"
 
+#include <cstring>
+
 #include "support/sample.h"
 #include "support/unit_test.h"
 
@@ -292,6 +294,17 @@ TEST_F(ResAttTest, TheNumberOfNamesIsOneByte) {
 
 TEST_F(ResAttTest, TheUnusedGlobalIsNull) {
     EXPECT_EQ(g_pstResAtt, nullptr);
+}
+
+// A descriptor may come to lie where another lay, and names are remembered by their addresses.
+TEST_F(ResAttTest, TheFirstOfTwoColumnsOfOneNameIsMeantWhateverWasFoundThereBefore) {
+    static const char name[] = "NAME";
+    auto before = Create("t", {{"ID", 1, 4, 1}, {"X", 9, 5}, {"NAME", 9, 5}});
+    EXPECT_EQ(ORMEL_GetFieldIdByNameFromResAttr(before.get(), name), 2u);
+    auto twins = Create("t", {{"ID", 1, 4, 1}, {"Name", 9, 5}, {"NAME", 9, 5}});
+    std::memcpy(before.get(), twins.get(), sizeof(ORMEL_RES_ATT) + 3 * sizeof(ORMEL_RES_ATT_FIELD));
+    EXPECT_EQ(ORMEL_GetFieldIdByNameFromResAttr(before.get(), name), 1u);
+    EXPECT_EQ(ORMEL_GetFieldIdByNameFromResAttr(before.get(), name), 1u) << "and remembered so";
 }
 
 } // namespace

@@ -4,16 +4,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
+#include "raw.h"
 
-[[noreturn]] void die(const std::string &why) {
-    std::fprintf(stderr, "ormel_bench: %s\n", why.c_str());
-    std::exit(1);
-}
+namespace {
 
 void write(const std::string &file, const char *text) {
     std::ofstream(file) << text;
@@ -21,7 +17,6 @@ void write(const std::string &file, const char *text) {
 
 // The tables: people is read, made is written to.
 constexpr char kTables[] = R"(
-    PRAGMA journal_mode = WAL;
     CREATE TABLE people (id INTEGER PRIMARY KEY, name VARCHAR(32), city VARCHAR(32), height DOUBLE, born BIGINT,
                          active BOOLEAN);
     CREATE TABLE made (id INTEGER, name VARCHAR(32), city VARCHAR(32), height DOUBLE, born BIGINT, active BOOLEAN);
@@ -30,15 +25,12 @@ constexpr char kTables[] = R"(
 )";
 static_assert(bench::kPeople == 10000, "as the statement above has it");
 
-void fill() {
-    sqlite3 *db = nullptr;
-    char *error = nullptr;
-    if (sqlite3_open(bench::kDatabase, &db) != SQLITE_OK || sqlite3_exec(db, kTables, nullptr, nullptr, &error))
-        die(error != nullptr ? error : sqlite3_errmsg(db));
-    sqlite3_close(db);
-}
-
 } // namespace
+
+void bench::die(const std::string &why) {
+    std::fprintf(stderr, "ormel_bench: %s\n", why.c_str());
+    std::exit(1);
+}
 
 bench::Home::Home() {
     std::string pattern = (std::filesystem::temp_directory_path() / "ormel-bench-XXXXXX").string();
@@ -52,7 +44,7 @@ bench::Home::Home() {
     chmod((path_ + "/conf/db.password").c_str(), 0600);
     if (chdir((path_ + "/bin").c_str()) != 0)
         die("the temporary folder cannot be entered");
-    fill();
+    run(openDatabase().get(), kTables);
 }
 
 bench::Home::~Home() {

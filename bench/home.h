@@ -5,6 +5,8 @@
 
 namespace bench {
 
+[[noreturn]] void die(const std::string &why);
+
 class Home {
 public:
     Home();  // makes it, enters it and fills the database; ends the program with a message where it cannot

@@ -2,46 +2,20 @@
 #include <benchmark/benchmark.h>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
-#include <sqlite3.h>
 #include <string>
 #include <vector>
 
 #include <ormeldb.h>
 
+#include "check.h"
 #include "home.h"
+#include "raw.h"
 
 namespace {
 
+using namespace bench;
+
 constexpr int kRowsPerTransaction = 1000;
-
-struct CloseDatabase {
-    void operator()(sqlite3 *db) const { sqlite3_close(db); }
-};
-struct Finalize {
-    void operator()(sqlite3_stmt *stmt) const { sqlite3_finalize(stmt); }
-};
-using Database = std::unique_ptr<sqlite3, CloseDatabase>;
-using Prepared = std::unique_ptr<sqlite3_stmt, Finalize>;
-
-void run(sqlite3 *db, const char *sql) {
-    sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
-}
-
-// Opened as the embedded engine opens it.
-Database openDatabase() {
-    sqlite3 *db = nullptr;
-    sqlite3_open(bench::kDatabase, &db);
-    sqlite3_busy_timeout(db, 5000);
-    run(db, "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON");
-    return Database(db);
-}
-
-Prepared prepare(sqlite3 *db, const char *sql) {
-    sqlite3_stmt *stmt = nullptr;
-    sqlite3_prepare_v2(db, sql, -1, &stmt, nullptr);
-    return Prepared(stmt);
-}
 
 constexpr char kInsert[] = "INSERT INTO made (id, name, city, height, born, active) values (?1, ?2, ?3, ?4, ?5, ?6)";
 
@@ -104,14 +78,6 @@ struct KeyCondition {
     ORMEL_COND *cond;
 };
 
-// Fails the benchmark instead of measuring a call that did nothing.
-bool check(benchmark::State &state, uint32_t code) {
-    if (code == ORMEL_OK)
-        return true;
-    state.SkipWithError(("code " + std::to_string(code)).c_str());
-    return false;
-}
-
 void insertInTransaction(benchmark::State &state) {
     Record record;
     for (auto _ : state) {
@@ -162,7 +128,7 @@ void selectByKey(benchmark::State &state) {
     void *conn = ORMEL_DBConnect();
     int32_t id = 0;
     for (auto _ : state)
-        if (!check(state, ORMEL_SelectRecForConn(conn, "people", key.with(id++ % bench::kPeople), 0, &record.with(0))))
+        if (!check(state, ORMEL_SelectRecForConn(conn, "people", key.with(id++ % kPeople), 0, &record.with(0))))
             break;
     ORMEL_DBDisConnect(conn);
 }
@@ -173,7 +139,7 @@ void selectByKeyRaw(benchmark::State &state) {
     int id = 0;
     for (auto _ : state) {
         const Prepared stmt = prepare(db.get(), "SELECT * FROM people WHERE id = ?1");
-        sqlite3_bind_int(stmt.get(), 1, id++ % bench::kPeople);
+        sqlite3_bind_int(stmt.get(), 1, id++ % kPeople);
         sqlite3_step(stmt.get());
         benchmark::DoNotOptimize(sqlite3_column_text(stmt.get(), 1));
     }
@@ -185,28 +151,13 @@ void selectAll(benchmark::State &state) {
     const ORMEL_PARA everything = {};
     for (auto _ : state) {
         DB_RESULT *res = dbSelectRec(conn, "people", &everything);
-        check(state, dbGetNtuples(res) == bench::kPeople ? ORMEL_OK : ORMEL_ERR_NO_RESULT);
+        check(state, dbGetNtuples(res) == kPeople ? ORMEL_OK : ORMEL_ERR_NO_RESULT);
         dbResClear(res);
     }
     ORMEL_DBDisConnect(conn);
-    state.SetItemsProcessed(state.iterations() * bench::kPeople);
+    state.SetItemsProcessed(state.iterations() * kPeople);
 }
 BENCHMARK(selectAll)->Name("select 10000 into a result/ormel")->UseRealTime();
-
-// A row as a program without ormeldb would keep it.
-struct Person {
-    int id;
-    std::string name;
-    std::string city;
-    double height;
-    int64_t born;
-    bool active;
-};
-
-std::string textOf(sqlite3_stmt *stmt, int column) {
-    const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, column));
-    return {text, static_cast<size_t>(sqlite3_column_bytes(stmt, column))};
-}
 
 void selectAllRaw(benchmark::State &state) {
     const Database db = openDatabase();
@@ -215,12 +166,10 @@ void selectAllRaw(benchmark::State &state) {
         sqlite3_stmt *stmt = prepared.get();
         std::vector<Person> people;
         while (sqlite3_step(stmt) == SQLITE_ROW)
-            people.push_back({sqlite3_column_int(stmt, 0), textOf(stmt, 1), textOf(stmt, 2),
-                              sqlite3_column_double(stmt, 3), sqlite3_column_int64(stmt, 4),
-                              sqlite3_column_int(stmt, 5) != 0});
+            people.push_back(currentPerson(stmt));
         benchmark::DoNotOptimize(people.data());
     }
-    state.SetItemsProcessed(state.iterations() * bench::kPeople);
+    state.SetItemsProcessed(state.iterations() * kPeople);
 }
 BENCHMARK(selectAllRaw)->Name("select 10000 into a result/raw")->UseRealTime();
 

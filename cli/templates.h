@@ -30,8 +30,8 @@ auth.sslrootcert=
 auth.sslcert=
 auth.sslkey=
 
-# Idle connections that a process keeps for its next connect; this version keeps none, whatever stands here.
-client.pool=0
+# Idle connections that a process keeps for its next connect with the same settings, a minute at most; 0 keeps none.
+client.pool=8
 
 # Milliseconds that one connect to a server may take.
 client.connect_timeout_ms=2000

@@ -36,6 +36,8 @@ struct Settings {
     uint32_t sslMode = 0; // 0 DISABLED to 4 VERIFY_FULL
     std::map<std::string, std::string, std::less<>> config;
 
+    bool operator==(const Settings &) const = default;
+
     // The value of a key, or the fallback where it is absent or empty.
     std::string get(std::string_view key, std::string_view fallback) const {
         const auto found = config.find(key);
@@ -123,6 +125,12 @@ public:
     // After a failed commit the transaction is rolled back.
     virtual void commit() = 0;
     virtual void rollback() = 0;
+
+    // Its user is done with it: rolls back and undoes whatever a rollback leaves. False where that cannot be; the
+    // connection is then closed. What was not touched costs no round trip.
+    virtual bool recycle() noexcept { return false; }
+    // Whether a connection that was kept can still be used, as far as can be told without a round trip.
+    virtual bool alive() noexcept { return true; }
 };
 
 class Engine {

@@ -1,6 +1,7 @@
 #include "config.h"
 
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <fstream>
 #include <string_view>
@@ -36,6 +37,15 @@ std::map<std::string, std::string, std::less<>> readConfig(const char *path) {
     if (!file.is_open() || file.bad())
         fail(kConfiguration, std::string(path) + " cannot be read: " + std::strerror(errno));
     return config;
+}
+
+uint32_t number(const Settings &settings, const char *key, uint32_t fallback) {
+    const std::string text = settings.get(key, std::to_string(fallback));
+    uint32_t value = 0;
+    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (parsed.ec != std::errc() || parsed.ptr != text.data() + text.size())
+        fail(kConfiguration, std::string(key) + " in " + kConfigFile + " is no number: " + text);
+    return value;
 }
 
 } // namespace ormel::client

@@ -5,6 +5,8 @@
 #include <map>
 #include <string>
 
+#include "engine.h"
+
 namespace ormel::client {
 
 inline constexpr char kConfigFile[] = "../conf/db.conf";
@@ -12,5 +14,8 @@ inline constexpr char kConfigFile[] = "../conf/db.conf";
 // Keys as they stand before the "=", values up to the next one, trimmed. The last value that is not empty holds. Throws
 // Error when the file cannot be read.
 std::map<std::string, std::string, std::less<>> readConfig(const char *path = kConfigFile);
+
+// The number of a key, or the fallback where the key is absent. Throws Error for what is no number from 0 on.
+uint32_t number(const Settings &settings, const char *key, uint32_t fallback);
 
 } // namespace ormel::client

@@ -5,6 +5,7 @@
 #include "config.h"
 #include "engine_loader.h"
 #include "errors.h"
+#include "pool.h"
 
 namespace ormel::client {
 
@@ -32,13 +33,16 @@ void ConnectionHandle::connect(const char *address, const char *user, const char
     settings_.password = password != nullptr ? password : "";
     Engine &engine = loadEngine(settings_);
     dialect_ = engine.dialect();
-    connection_ = engine.connect(settings_);
+    connection_ = takeIdle(settings_);
+    if (connection_ == nullptr)
+        connection_ = engine.connect(settings_);
 }
 
 void ConnectionHandle::disconnect() noexcept {
     for (StatementHandle &statement : statements_)
         statement.drop();
-    connection_.reset();
+    if (connection_ != nullptr)
+        keepIdle(settings_, std::move(connection_));
 }
 
 Connection &ConnectionHandle::open() const {

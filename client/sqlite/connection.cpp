@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <sys/stat.h>
 #include <thread>
 
 #include "catalogue.h"
@@ -83,6 +84,18 @@ void awaitWriteAheadLog(sqlite3 *database, const std::string &file, std::chrono:
     }
 }
 
+FileIdentity identityOf(const std::string &file) noexcept {
+    struct stat found = {};
+    return stat(file.c_str(), &found) == 0 ? FileIdentity{found.st_dev, found.st_ino} : FileIdentity();
+}
+
+// Settings, attached files and temporary tables and triggers are the connection's own, whatever becomes of the
+// transaction.
+bool altersConnection(std::string_view text, const std::string &word) {
+    return word == "PRAGMA" || word == "ATTACH" || word == "DETACH" || hasWord(text, "TEMP") ||
+           hasWord(text, "TEMPORARY");
+}
+
 OwnedDatabase openConnection(const std::string &file, std::chrono::milliseconds patience) {
     OwnedDatabase database = openDatabase(file);
     sqlite3_busy_timeout(database.get(), static_cast<int>(patience.count()));
@@ -95,7 +108,21 @@ OwnedDatabase openConnection(const std::string &file, std::chrono::milliseconds 
 } // namespace
 
 SqliteConnection::SqliteConnection(const std::string &file, std::chrono::milliseconds patience)
-    : database_(openConnection(file, patience)), transaction_(database_.get(), patience) {}
+    : file_(file), database_(openConnection(file, patience)), identity_(identityOf(file)),
+      transaction_(database_.get(), patience) {}
+
+bool SqliteConnection::recycle() noexcept {
+    try {
+        transaction_.rollback();
+        return !altered_;
+    } catch (...) {
+        return false;
+    }
+}
+
+bool SqliteConnection::alive() noexcept {
+    return identityOf(file_) == identity_;
+}
 
 // Prepares the one statement that the text may hold. The text's terminator is handed over too, which saves a copy.
 OwnedStatement SqliteConnection::compile(std::string_view sql) {
@@ -121,6 +148,7 @@ std::unique_ptr<Statement> SqliteConnection::prepare(const std::string &sql) {
     if (role == Role::control)
         refuse(SQLITE_MISUSE, word + " cannot be run as a statement: transactions begin by themselves and end by the "
                                      "connection's commit and rollback");
+    altered_ = altered_ || altersConnection(text, word);
     OwnedStatement statement = statements_.take(sql);
     if (statement == nullptr)
         statement = compile(text);

@@ -8,6 +8,13 @@
 
 namespace ormel::client::sqlite {
 
+// Which file a name stands for; another one may have taken its place.
+struct FileIdentity {
+    uint64_t device = 0;
+    uint64_t node = 0;
+    bool operator==(const FileIdentity &) const = default;
+};
+
 class SqliteConnection final : public Connection {
 public:
     // Opens the file, which comes into being if need be; its folder does not.
@@ -21,13 +28,18 @@ public:
     void begin() override {}
     void commit() override { transaction_.commit(); }
     void rollback() override { transaction_.rollback(); }
+    bool recycle() noexcept override;
+    bool alive() noexcept override;
 
 private:
     OwnedStatement compile(std::string_view sql);
 
+    std::string file_;
     OwnedDatabase database_;
+    FileIdentity identity_;
     Transaction transaction_;
     StatementCache statements_; // closed before the database
+    bool altered_ = false;      // by something that a rollback leaves
 };
 
 } // namespace ormel::client::sqlite

@@ -35,7 +35,7 @@ protected:
         return refusal();
     }
 };
-CONTRACT_SUITE(FileTest);
+ENGINE_SUITE(FileTest);
 
 TEST_P(FileTest, TheConfigurationNamesTheFile) {
     struct Case {
@@ -132,6 +132,7 @@ TEST_P(FileTest, AFileOfSomethingElseIsNamedAndLeftAlone) {
 }
 
 TEST_P(FileTest, ACorruptFileIsReported) {
+    configure("client.pool=0\n"); // a connection that is kept has its own copy of the pages
     {
         Connection db = connect();
         makeTable(db, 2000);

@@ -22,7 +22,7 @@ class LockedTest : public ContractTest {
 protected:
     RawDatabase raw() const { return RawDatabase(home().data("contract.db")); }
 };
-CONTRACT_SUITE(LockedTest);
+ENGINE_SUITE(LockedTest);
 
 TEST_P(LockedTest, ALockedDatabaseIsReported) {
     configure("client.busy_timeout_ms=50\n");

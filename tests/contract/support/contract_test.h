@@ -40,9 +40,11 @@ template <class... Texts> Row rowOf(const Texts &...texts) {
 
 } // namespace contract
 
-// Runs a file's tests against every engine.
-#define CONTRACT_SUITE(Suite)                                                                                          \
-    INSTANTIATE_TEST_SUITE_P(Contract, Suite, testing::ValuesIn(contract::engines()),                                  \
+// Runs a file's tests against every engine; and those of what one engine has of its own, which are not of the suite.
+#define CONTRACT_SUITE(Suite) RUN_SUITE(Contract, Suite)
+#define ENGINE_SUITE(Suite) RUN_SUITE(Engine, Suite)
+#define RUN_SUITE(Prefix, Suite)                                                                                       \
+    INSTANTIATE_TEST_SUITE_P(Prefix, Suite, testing::ValuesIn(contract::engines()),                                    \
                              [](const auto &engine) { return std::string(engine.param->name()); })
 
 // Skips a test about what the engine does not have, and says why.

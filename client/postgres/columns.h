@@ -1,0 +1,26 @@
+// The columns of a query's result.
+#pragma once
+
+#include <map>
+
+#include "session.h"
+#include "types.h"
+
+namespace ormel::client::postgres {
+
+// Describes the columns of a result, rows or none. Types that the engine does not know are asked for, once for each
+// connection.
+class ColumnReader {
+public:
+    explicit ColumnReader(Session &session) : session_(session) {}
+
+    std::vector<Column> describe(const PGresult *result);
+
+private:
+    ColumnType typeOf(Oid oid, int modifier);
+
+    Session &session_;
+    std::map<Oid, ColumnType> known_; // of users' types
+};
+
+} // namespace ormel::client::postgres

@@ -1,0 +1,90 @@
+#include "connection.h"
+
+#include <poll.h>
+
+#include "error.h"
+#include "sql_text.h"
+#include "statement.h"
+
+namespace ormel::client::postgres {
+
+namespace {
+
+bool allInBinary(const PGresult *described) {
+    for (int i = 0; i < PQnfields(described); ++i)
+        if (!travelsInBinary(PQftype(described, i)))
+            return false;
+    return true;
+}
+
+} // namespace
+
+Description PostgresConnection::describe(const std::string &sql, bool query) {
+    Description description;
+    // A query is only looked at: its cursor has a text of its own.
+    if (!query)
+        description.name = session_.newName('s');
+    Pipeline pipeline(session_, Pipeline::Begin::no);
+    pipeline.prepare(description.name, sql);
+    pipeline.describe(description.name);
+    const auto results = pipeline.finish();
+    const PGresult *described = results[1].get();
+    for (int i = 0; i < PQnparams(described); ++i)
+        description.parameters.push_back(PQparamtype(described, i));
+    description.binary = allInBinary(described);
+    description.columns = columns_.describe(described);
+    return description;
+}
+
+std::unique_ptr<Statement> PostgresConnection::prepare(const std::string &sql) {
+    const std::string_view text = skipBlanks(sql);
+    if (text.empty())
+        refuse("42601", "the text holds no statement");
+    const Role role = roleOf(text);
+    altered_ = altered_ || mayAlterSession(text);
+    if (role == Role::control)
+        refuse("0A000", firstWord(text) +
+                            " cannot be run as a statement: transactions begin by themselves and end by the "
+                            "connection's commit and rollback");
+    std::string whole = withCatalogue(std::string(text));
+    std::optional<Description> known = statements_.take(whole);
+    const bool fresh = !known.has_value();
+    if (fresh)
+        known = describe(whole, role == Role::query);
+    return std::make_unique<PostgresStatement>(*this, std::move(whole), role, *std::move(known), fresh);
+}
+
+void PostgresConnection::giveBack(std::string sql, Description description) noexcept {
+    const std::string dropped = statements_.give(std::move(sql), std::move(description));
+    if (!dropped.empty())
+        session_.later("DEALLOCATE " + dropped);
+}
+
+// Settings, temporary tables, locks, listens and cursors of the session; what the server has prepared stays.
+bool PostgresConnection::recycle() noexcept {
+    try {
+        session_.rollback();
+        if (altered_) {
+            Pipeline pipeline(session_, Pipeline::Begin::no);
+            for (const char *command :
+                 {"RESET SESSION AUTHORIZATION", "RESET ALL", "CLOSE ALL", "UNLISTEN *",
+                  "SELECT pg_catalog.pg_advisory_unlock_all()", "DISCARD TEMP", "DISCARD SEQUENCES"})
+                pipeline.run(command);
+            pipeline.finish();
+        }
+        altered_ = false;
+        return PQstatus(session_.raw()) == CONNECTION_OK && !session_.inTransaction();
+    } catch (...) {
+        return false;
+    }
+}
+
+// The end of the connection can be read, and nothing else is said while nobody asks.
+bool PostgresConnection::alive() noexcept {
+    pollfd entry = {PQsocket(session_.raw()), POLLIN, 0};
+    if (poll(&entry, 1, 0) != 0)
+        PQconsumeInput(session_.raw());
+    return PQstatus(session_.raw()) == CONNECTION_OK && (entry.revents & (POLLERR | POLLHUP | POLLNVAL)) == 0;
+}
+
+} // namespace ormel::client::postgres

@@ -1,0 +1,36 @@
+// A connection to a server.
+#pragma once
+
+#include "columns.h"
+#include "statement_cache.h"
+
+namespace ormel::client::postgres {
+
+class PostgresConnection final : public Connection {
+public:
+    explicit PostgresConnection(OwnedConnection connection) : session_(std::move(connection)), columns_(session_) {}
+
+    std::unique_ptr<Statement> prepare(const std::string &sql) override;
+
+    // A transaction begins together with its first statement, at no cost of its own.
+    void begin() override {}
+    void commit() override { session_.commit(); }
+    void rollback() override { session_.rollback(); }
+    bool recycle() noexcept override;
+    bool alive() noexcept override;
+
+    // For the connection's statements.
+    Session &session() { return session_; }
+    // Asks the server what it makes of a text.
+    Description describe(const std::string &sql, bool query);
+    // A statement of this text is done.
+    void giveBack(std::string sql, Description description) noexcept;
+
+private:
+    Session session_;
+    ColumnReader columns_;
+    StatementCache statements_;
+    bool altered_ = false; // by something that a rollback may leave
+};
+
+} // namespace ormel::client::postgres

@@ -1,0 +1,24 @@
+// Failures in PostgreSQL's words, behind their SQLSTATE.
+#pragma once
+
+#include <libpq-fe.h>
+#include <string>
+#include <string_view>
+
+#include "engine.h"
+
+namespace ormel::client::postgres {
+
+// An error under a SQLSTATE. Its number is the SQLSTATE where that is all digits, else 99999.
+Error makeError(std::string_view state, std::string_view words);
+
+// What a result says that is no success.
+Error errorOf(const PGresult *result);
+
+// The words of the connection's last failure, on one line.
+std::string wordsOf(const PGconn *connection);
+
+// What the engine itself refuses.
+[[noreturn]] void refuse(std::string_view state, std::string_view words);
+
+} // namespace ormel::client::postgres

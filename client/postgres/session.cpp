@@ -1,0 +1,177 @@
+#include "session.h"
+
+#include <optional>
+#include <utility>
+
+#include "error.h"
+
+namespace ormel::client::postgres {
+
+namespace {
+
+constexpr char kFailedTransaction[] = "25P02";
+constexpr char kConnectionLost[] = "08006";
+constexpr char kOutcomeUnknown[] = "08007";
+
+bool isSuccess(ExecStatusType status) {
+    return status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK || status == PGRES_SINGLE_TUPLE;
+}
+
+} // namespace
+
+void Session::failLost(const char *what) const {
+    refuse(kConnectionLost, std::string(what) + ": " + wordsOf(raw()));
+}
+
+void Session::later(std::string command) noexcept {
+    later_.push_back(std::move(command));
+}
+
+void Session::endTransaction() noexcept {
+    later_.clear();
+    ++number_;
+}
+
+void Session::commit() {
+    later_.clear();
+    const PGTransactionStatusType status = PQtransactionStatus(raw());
+    if (status == PQTRANS_IDLE)
+        return endTransaction();
+    if (status == PQTRANS_INERROR) {
+        rollback();
+        refuse(kFailedTransaction,
+               "nothing was committed: a statement of the transaction had failed, and it was rolled "
+               "back");
+    }
+    try {
+        Pipeline pipeline(*this, Pipeline::Begin::no);
+        pipeline.run("COMMIT");
+        const auto results = pipeline.finish();
+        endTransaction();
+        if (std::string_view(PQcmdStatus(results[0].get())) != "COMMIT")
+            refuse(kFailedTransaction, "nothing was committed: the transaction was rolled back");
+    } catch (const Error &error) {
+        endTransaction();
+        if (PQstatus(raw()) == CONNECTION_BAD)
+            refuse(kOutcomeUnknown,
+                   "the connection broke while the transaction was being committed, and its outcome is "
+                   "unknown: " +
+                       error.message);
+        throw;
+    }
+}
+
+void Session::rollback() {
+    later_.clear();
+    const bool open = inTransaction();
+    endTransaction();
+    if (!open)
+        return;
+    Pipeline pipeline(*this, Pipeline::Begin::no);
+    pipeline.run("ROLLBACK");
+    pipeline.finish();
+}
+
+Pipeline::Pipeline(Session &session, Begin begin) : session_(session) {
+    const PGTransactionStatusType status = PQtransactionStatus(session.raw());
+    if (PQenterPipelineMode(session.raw()) != 1) {
+        done_ = true;
+        session.failLost("the connection cannot be used");
+    }
+    if (begin == Begin::yes && status == PQTRANS_IDLE)
+        run("BEGIN");
+    if (status == PQTRANS_INERROR) // what waits would be refused, and says nothing to the caller
+        return;
+    for (const std::string &command : std::exchange(session.later_, {}))
+        run(command);
+    before_ = commands_;
+}
+
+Pipeline::~Pipeline() {
+    if (!done_)
+        drain();
+}
+
+void Pipeline::sent(int accepted) {
+    if (accepted != 1)
+        session_.failLost("the command cannot be sent");
+    ++commands_;
+}
+
+void Pipeline::run(const std::string &sql) {
+    sent(PQsendQueryParams(session_.raw(), sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0));
+}
+
+void Pipeline::run(const std::string &sql, const Arguments &arguments) {
+    sent(PQsendQueryParams(session_.raw(), sql.c_str(), arguments.count(), arguments.types(), arguments.values(),
+                           arguments.lengths(), arguments.formats(), 0));
+}
+
+void Pipeline::runForRows(const std::string &sql, bool binary) {
+    sent(PQsendQueryParams(session_.raw(), sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, binary ? 1 : 0));
+}
+
+void Pipeline::prepare(const std::string &name, const std::string &sql) {
+    sent(PQsendPrepare(session_.raw(), name.c_str(), sql.c_str(), 0, nullptr));
+}
+
+void Pipeline::describe(const std::string &name) {
+    sent(PQsendDescribePrepared(session_.raw(), name.c_str()));
+}
+
+void Pipeline::execute(const std::string &name, const Arguments &arguments, bool binary) {
+    sent(PQsendQueryPrepared(session_.raw(), name.c_str(), arguments.count(), arguments.values(), arguments.lengths(),
+                             arguments.formats(), binary ? 1 : 0));
+}
+
+// The answer to one command.
+OwnedResult Pipeline::next() {
+    OwnedResult result(PQgetResult(session_.raw()));
+    if (result == nullptr)
+        session_.failLost("the connection broke");
+    while (const OwnedResult rest{PQgetResult(session_.raw())})
+        ;
+    return result;
+}
+
+std::vector<OwnedResult> Pipeline::finish(size_t *failed) {
+    if (PQpipelineSync(session_.raw()) != 1)
+        session_.failLost("the commands cannot be sent");
+    std::vector<OwnedResult> results;
+    std::optional<Error> error;
+    for (size_t i = 0; i < commands_; ++i) {
+        OwnedResult result = next();
+        const ExecStatusType status = PQresultStatus(result.get());
+        if (!error && !isSuccess(status)) {
+            error =
+                status == PGRES_EMPTY_QUERY ? makeError("42601", "the text holds no statement") : errorOf(result.get());
+            if (failed != nullptr)
+                *failed = i < before_ ? 0 : i - before_;
+        }
+        if (i >= before_)
+            results.push_back(std::move(result));
+    }
+    const OwnedResult end(PQgetResult(session_.raw())); // of the pipeline
+    PQexitPipelineMode(session_.raw());
+    done_ = true;
+    if (PQstatus(session_.raw()) == CONNECTION_BAD && !error)
+        session_.failLost("the connection broke");
+    if (error)
+        throw *std::move(error);
+    return results;
+}
+
+// Takes what was sent and never asked for off the wire.
+void Pipeline::drain() noexcept {
+    PGconn *raw = session_.raw();
+    PQpipelineSync(raw);
+    for (int empty = 0; empty < 2 && PQstatus(raw) == CONNECTION_OK;) {
+        const OwnedResult result(PQgetResult(raw));
+        empty = result == nullptr ? empty + 1 : 0;
+        if (result != nullptr && PQresultStatus(result.get()) == PGRES_PIPELINE_SYNC)
+            break;
+    }
+    PQexitPipelineMode(raw);
+}
+
+} // namespace ormel::client::postgres

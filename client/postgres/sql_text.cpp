@@ -1,0 +1,123 @@
+#include "sql_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <utility>
+
+namespace ormel::client::postgres {
+
+namespace {
+
+constexpr char kView[] = "USER_TAB_COLUMNS";
+
+// Names as this client reports them: in upper case, unless they are found in their own case only.
+constexpr char kColumns[] =
+    "(SELECT upper(c.relname)::varchar(63) AS table_name,"
+    " CASE WHEN a.attname = lower(a.attname) THEN upper(a.attname) ELSE a.attname END::varchar(63) AS column_name,"
+    " upper(format_type(a.atttypid, NULL))::varchar(63) AS data_type,"
+    " CASE WHEN a.attlen > 0 THEN a.attlen::integer WHEN a.atttypmod > 65535 THEN (a.atttypmod - 4) >> 16"
+    " WHEN a.atttypmod > 4 THEN a.atttypmod - 4 ELSE 65535 END AS data_length,"
+    " a.attnum::integer AS column_id"
+    " FROM pg_catalog.pg_attribute a JOIN pg_catalog.pg_class c ON c.oid = a.attrelid"
+    " WHERE a.attnum > 0 AND NOT a.attisdropped AND c.relkind IN ('r', 'v', 'm', 'p', 'f')"
+    " AND pg_catalog.pg_table_is_visible(c.oid) AND c.relnamespace NOT IN"
+    " ('pg_catalog'::regnamespace, 'information_schema'::regnamespace)) AS user_tab_columns";
+
+constexpr std::array<std::pair<std::string_view, Role>, 13> kRoles = {{
+    {"SELECT", Role::query},
+    {"WITH", Role::query},
+    {"VALUES", Role::query},
+    {"TABLE", Role::query},
+    {"BEGIN", Role::control},
+    {"START", Role::control},
+    {"COMMIT", Role::control},
+    {"END", Role::control},
+    {"ROLLBACK", Role::control},
+    {"ABORT", Role::control},
+    {"SAVEPOINT", Role::control},
+    {"RELEASE", Role::control},
+    {"VACUUM", Role::apart},
+}};
+
+constexpr std::array<std::string_view, 5> kChanges = {"INTO", "INSERT", "UPDATE", "DELETE", "MERGE"};
+
+// How texts begin that read and write rows, and what may stand in front of a parenthesis without being a function of
+// somebody's own.
+constexpr std::array<std::string_view, 4> kRowWords = {"SELECT", "INSERT", "UPDATE", "DELETE"};
+constexpr std::array<std::string_view, 10> kHarmless = {"VALUES", "COUNT", "IN",  "AND", "OR",
+                                                        "WHERE",  "UPPER", "SUM", "MAX", "MIN"};
+
+bool isWord(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || (c & 0x80) != 0;
+}
+
+// The length of what the text begins with: a quoted text, a comment, a word, or one character.
+size_t pieceLength(std::string_view text) {
+    const auto through = [&](std::string_view end, size_t from) {
+        const size_t found = text.find(end, from);
+        return found == std::string_view::npos ? text.size() : found + end.size();
+    };
+    if (text[0] == '\'' || text[0] == '"')
+        return through(text.substr(0, 1), 1);
+    if (text.substr(0, 2) == "--")
+        return through("\n", 2);
+    if (text.substr(0, 2) == "/*")
+        return through("*/", 2);
+    if (isWord(text[0]))
+        return static_cast<size_t>(std::find_if_not(text.begin(), text.end(), isWord) - text.begin());
+    return 1;
+}
+
+} // namespace
+
+Role roleOf(std::string_view text) {
+    const std::string word = firstWord(text);
+    // A text in parentheses is a query; the words behind them tell nothing else.
+    if (word.empty())
+        return !text.empty() && text[0] == '(' ? Role::query : Role::other;
+    const auto *found =
+        std::find_if(kRoles.begin(), kRoles.end(), [&](const auto &role) { return role.first == word; });
+    if (found == kRoles.end())
+        return Role::other;
+    // What may make or change rows is no cursor's.
+    const auto changes = [&](std::string_view change) { return hasWord(text, change); };
+    const bool pure = found->second != Role::query || std::none_of(kChanges.begin(), kChanges.end(), changes);
+    return pure ? found->second : Role::other;
+}
+
+bool mayAlterSession(std::string_view text) {
+    const std::string first = firstWord(text);
+    if (std::find(kRowWords.begin(), kRowWords.end(), first) == kRowWords.end())
+        return true;
+    std::string word;   // the one before
+    std::string before; // and the one before that
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::string_view piece = rest.substr(0, pieceLength(rest));
+        rest.remove_prefix(piece.size());
+        if (isWord(piece[0])) {
+            before = std::exchange(word, upperCase(piece));
+        } else if (piece == "(" && !word.empty() && before != "INTO" &&
+                   std::find(kHarmless.begin(), kHarmless.end(), word) == kHarmless.end()) {
+            return true;
+        } else if (std::isspace(static_cast<unsigned char>(piece[0])) == 0) {
+            before.clear();
+            word.clear();
+        }
+    }
+    return false;
+}
+
+std::string withCatalogue(const std::string &sql) {
+    if (!hasWord(sql, kView))
+        return sql;
+    std::string replaced;
+    for (std::string_view rest = sql; !rest.empty();) {
+        const std::string_view piece = rest.substr(0, pieceLength(rest));
+        replaced += upperCase(piece) == kView ? kColumns : piece;
+        rest.remove_prefix(piece.size());
+    }
+    return replaced;
+}
+
+} // namespace ormel::client::postgres

@@ -1,0 +1,28 @@
+// What the engine must know of a statement's text before the server sees it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "common/sql_words.h"
+
+namespace ormel::client::postgres {
+
+enum class Role {
+    query,   // read by a cursor
+    control, // begins or ends a transaction
+    apart,   // refuses to run in a transaction
+    other
+};
+
+// Of a text without leading blanks.
+Role roleOf(std::string_view text);
+
+// Whether a text may do something that outlives its transaction: anything but reading and writing rows, and whatever
+// calls a function.
+bool mayAlterSession(std::string_view text);
+
+// The text with the view USER_TAB_COLUMNS replaced by what it stands for, where it stands outside quotes and comments.
+std::string withCatalogue(const std::string &sql);
+
+} // namespace ormel::client::postgres

@@ -1,0 +1,183 @@
+#include "statement.h"
+
+#include <algorithm>
+
+#include "error.h"
+
+namespace ormel::client::postgres {
+
+namespace {
+
+constexpr uint32_t kRowsOnTheWay = 1000;   // of a batch, before the server is asked how they fared
+constexpr size_t kStepBytes = 1024 * 1024; // about as much is fetched at a time
+constexpr uint32_t kMostRowsOfStep = 1000;
+
+uint64_t affectedBy(const PGresult *result) {
+    return std::strtoull(PQcmdTuples(const_cast<PGresult *>(result)), nullptr, 10);
+}
+
+// Whether an error may come from a description that the table has outgrown.
+bool tellsOfOtherColumns(const Error &error) {
+    return error.message.rfind("42", 0) == 0 || error.message.rfind("0A000", 0) == 0;
+}
+
+void undoBatch(Session &session) {
+    Pipeline pipeline(session, Pipeline::Begin::no);
+    pipeline.run("ROLLBACK TO SAVEPOINT ormel_batch");
+    pipeline.finish();
+}
+
+} // namespace
+
+PostgresStatement::~PostgresStatement() {
+    close();
+    connection_.giveBack(std::move(sql_), std::move(description_));
+}
+
+void PostgresStatement::close() noexcept {
+    rows_.reset();
+    row_ = 0;
+    more_ = false;
+    if (!cursor_.empty() && transactionNumber_ == connection_.session().number())
+        connection_.session().later("CLOSE " + cursor_);
+    cursor_.clear();
+}
+
+// What was learnt of a text is tried once more where the table has changed since, as long as nothing is lost by it.
+uint64_t PostgresStatement::execute(const std::vector<Value> &values, uint32_t readAhead) {
+    close();
+    executed_ = false;
+    const bool repeatable = !fresh_ && !connection_.session().inTransaction();
+    uint64_t affected = 0;
+    try {
+        affected = run(values, readAhead);
+    } catch (const Error &error) {
+        if (!repeatable || !tellsOfOtherColumns(error) || PQstatus(connection_.session().raw()) != CONNECTION_OK)
+            throw;
+        connection_.session().rollback();
+        description_ = connection_.describe(sql_, isQuery());
+        affected = run(values, readAhead);
+    }
+    executed_ = true;
+    fresh_ = false;
+    return affected;
+}
+
+uint64_t PostgresStatement::run(const std::vector<Value> &values, uint32_t readAhead) {
+    const Arguments arguments(description_.parameters, values);
+    transactionNumber_ = connection_.session().number();
+    if (!isQuery())
+        return change(arguments);
+    open(arguments, readAhead);
+    return 0;
+}
+
+// A cursor, so that rows can be fetched in steps while other statements run.
+void PostgresStatement::open(const Arguments &arguments, uint32_t readAhead) {
+    const std::string name = connection_.session().newName('c');
+    Pipeline pipeline(connection_.session(), Pipeline::Begin::yes);
+    pipeline.run("DECLARE " + name + " NO SCROLL CURSOR FOR " + sql_, arguments);
+    pipeline.runForRows("FETCH FORWARD " + std::to_string(readAhead) + " FROM " + name, description_.binary);
+    auto results = pipeline.finish();
+    cursor_ = name;
+    rows_ = std::move(results[1]);
+    more_ = static_cast<uint32_t>(PQntuples(rows_.get())) == readAhead;
+    const auto same = [&] {
+        if (static_cast<size_t>(PQnfields(rows_.get())) != description_.columns.size())
+            return false;
+        for (int i = 0; description_.binary && i < PQnfields(rows_.get()); ++i)
+            if (!travelsInBinary(PQftype(rows_.get(), i)))
+                return false;
+        return true;
+    };
+    if (!same()) {
+        close();
+        refuse("0A000", "the columns of the table have changed since the statement was prepared; prepare it again");
+    }
+}
+
+uint64_t PostgresStatement::change(const Arguments &arguments) {
+    const auto begin = role_ == Role::apart ? Pipeline::Begin::no : Pipeline::Begin::yes;
+    Pipeline pipeline(connection_.session(), begin);
+    pipeline.execute(description_.name, arguments, description_.binary && !description_.columns.empty());
+    auto results = pipeline.finish();
+    if (!description_.columns.empty())
+        rows_ = std::move(results[0]);
+    return description_.columns.empty() ? affectedBy(results[0].get()) : 0;
+}
+
+uint64_t PostgresStatement::executeBatch(const Batch &batch) {
+    close();
+    executed_ = false;
+    if (!description_.columns.empty() || isQuery())
+        refuse("0A000", "a statement that gives rows cannot run for a set of parameter rows");
+    transactionNumber_ = connection_.session().number();
+    connection_.session().later("SAVEPOINT ormel_batch"); // travels with the first rows
+    uint64_t affected = 0;
+    try {
+        for (uint32_t first = 0; first < batch.rows(); first += kRowsOnTheWay)
+            affected += sendRows(batch, first, std::min(kRowsOnTheWay, batch.rows() - first));
+    } catch (...) {
+        // A row that the server refused has failed the transaction; one that was never sent has not.
+        if (PQtransactionStatus(connection_.session().raw()) == PQTRANS_INTRANS)
+            undoBatch(connection_.session());
+        throw;
+    }
+    executed_ = true;
+    return affected;
+}
+
+// Sends some rows of a batch on one way.
+uint64_t PostgresStatement::sendRows(const Batch &batch, uint32_t first, uint32_t count) {
+    Pipeline pipeline(connection_.session(), Pipeline::Begin::yes);
+    std::vector<Value> values(batch.columns());
+    for (uint32_t row = first; row < first + count; ++row) {
+        for (uint32_t column = 0; column < batch.columns(); ++column)
+            values[column] = batch.at(row, column);
+        pipeline.execute(description_.name, Arguments(description_.parameters, values), false);
+    }
+    size_t failed = 0;
+    try {
+        uint64_t affected = 0;
+        for (const OwnedResult &result : pipeline.finish(&failed))
+            affected += affectedBy(result.get());
+        return affected;
+    } catch (Error &error) {
+        error.message =
+            error.message.substr(0, 7) + "row " + std::to_string(first + failed) + ": " + error.message.substr(7);
+        throw;
+    }
+}
+
+// As many rows as come to about the size of a step, by the size of those before.
+uint32_t PostgresStatement::nextStep() const {
+    const int rows = PQntuples(rows_.get());
+    if (rows == 0)
+        return 1;
+    const size_t average = PQresultMemorySize(rows_.get()) / static_cast<size_t>(rows) + 1;
+    return static_cast<uint32_t>(std::clamp<size_t>(kStepBytes / average, 1, kMostRowsOfStep));
+}
+
+void PostgresStatement::read(uint32_t rows) {
+    Pipeline pipeline(connection_.session(), Pipeline::Begin::no);
+    pipeline.runForRows("FETCH FORWARD " + std::to_string(rows) + " FROM " + cursor_, description_.binary);
+    auto results = pipeline.finish();
+    rows_ = std::move(results[0]);
+    row_ = 0;
+    more_ = static_cast<uint32_t>(PQntuples(rows_.get())) == rows;
+}
+
+bool PostgresStatement::fetch(RowBuffer &rows) {
+    if (rows_ == nullptr)
+        return false;
+    if (row_ == PQntuples(rows_.get()) && more_)
+        read(nextStep());
+    if (row_ == PQntuples(rows_.get())) {
+        close();
+        return false;
+    }
+    appendRow(rows_.get(), row_++, description_.columns, rows);
+    return true;
+}
+
+} // namespace ormel::client::postgres

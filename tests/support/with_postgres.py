@@ -1,0 +1,117 @@
+#!/usr/bin/env python3
+"""Runs a command beside a PostgreSQL server of its own.
+
+The server runs as the user postgres (or as oneself, without root), in a temporary directory, on a free port of the
+loopback address, with passwords and TLS on, and is stopped by its process id. The command finds it by the environment:
+ORMEL_POSTGRES_PORT, ORMEL_POSTGRES_PASSWORD, and ORMEL_POSTGRES_CERTIFICATES, a directory with root.crt.
+"""
+import glob
+import os
+import pathlib
+import secrets
+import shutil
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+
+SETTINGS = """
+listen_addresses = '127.0.0.1'
+unix_socket_directories = ''
+max_connections = 200
+fsync = off
+ssl = on
+ssl_cert_file = '{certificates}/server.crt'
+ssl_key_file = '{certificates}/server.key'
+logging_collector = off
+log_min_messages = fatal
+"""
+
+
+def binaries():
+    found = sorted(glob.glob("/usr/lib/postgresql/*/bin/initdb"))
+    if not found:
+        sys.exit("with_postgres.py: there is no PostgreSQL server; scripts/setup installs one")
+    return os.path.dirname(found[-1])
+
+
+def server_user():
+    """Servers refuse to run as root."""
+    return {"user": "postgres", "group": "postgres", "extra_groups": []} if os.geteuid() == 0 else {}
+
+
+def run_as_server(directory, *command):
+    done = subprocess.run(command, capture_output=True, encoding="utf-8", cwd=directory, **server_user())
+    if done.returncode != 0:
+        sys.exit(f"with_postgres.py: {command[0]} failed: {done.stdout}{done.stderr}")
+
+
+def make_certificates(directory):
+    """An authority, and a certificate of it for localhost."""
+    directory.mkdir()
+    if os.geteuid() == 0:
+        shutil.chown(directory, "postgres", "postgres")
+    openssl = ["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2"]
+    run_as_server(directory, *openssl, "-subj", "/CN=authority", "-keyout", "root.key", "-out", "root.crt")
+    run_as_server(directory, *openssl, "-subj", "/CN=localhost", "-addext", "subjectAltName=DNS:localhost",
+                  "-addext", "basicConstraints=CA:FALSE", "-CA", "root.crt", "-CAkey", "root.key",
+                  "-keyout", "server.key", "-out", "server.crt")
+    (directory / "server.key").chmod(0o600)
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+def make_cluster(directory, password):
+    data, certificates = directory / "data", directory / "certificates"
+    (directory / "password").write_text(password)
+    run_as_server(directory, binaries() + "/initdb", "-D", str(data), "-U", "postgres", "-E", "UTF8", "--locale=C.UTF-8",
+                  "--auth=scram-sha-256", "--pwfile", str(directory / "password"), "--no-sync")
+    return data, certificates
+
+
+def wait_for(server, port):
+    for _ in range(600):
+        if server.poll() is not None:
+            sys.exit("with_postgres.py: the server ended before it was ready")
+        with socket.socket() as probe:
+            if probe.connect_ex(("127.0.0.1", port)) == 0:
+                return
+        time.sleep(0.05)
+    sys.exit("with_postgres.py: the server did not become ready")
+
+
+def main():
+    if len(sys.argv) < 2:
+        sys.exit(f"usage: {sys.argv[0]} COMMAND [ARGUMENT]...")
+    directory = pathlib.Path(tempfile.mkdtemp(prefix="ormel-postgres-"))
+    server = None
+    try:
+        directory.chmod(0o755)
+        if os.geteuid() == 0:
+            shutil.chown(directory, "postgres", "postgres")
+        password, port = secrets.token_hex(8), free_port()
+        data, certificates = make_cluster(directory, password)
+        make_certificates(certificates)
+        with open(data / "postgresql.conf", "a", encoding="utf-8") as settings:
+            settings.write(SETTINGS.format(certificates=certificates))
+        server = subprocess.Popen([binaries() + "/postgres", "-D", str(data), "-p", str(port)], cwd=directory,
+                                  **server_user())
+        wait_for(server, port)
+        environment = dict(os.environ, ORMEL_POSTGRES_PORT=str(port), ORMEL_POSTGRES_PASSWORD=password,
+                           ORMEL_POSTGRES_CERTIFICATES=str(certificates))
+        return subprocess.run(sys.argv[1:], env=environment, check=False).returncode
+    finally:
+        if server is not None:
+            server.send_signal(signal.SIGINT)
+            server.wait(60)
+        shutil.rmtree(directory, ignore_errors=True)
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -12,7 +12,7 @@ import subprocess
 import tempfile
 
 HERE = pathlib.Path(__file__).parent
-ENGINES = ("sqlite.so",)
+ENGINES = ("postgres.so", "sqlite.so")
 LIBRARIES = ("libormeldb.so", "libqdclient.so", "libopbbase.so", "liblog.so", "libdecrypt.so")
 
 

@@ -22,9 +22,12 @@ struct LoadRequest {
     std::string table;
     std::string file;
     std::string separator = ",";
+    std::optional<std::string> batch;       // rows of a statement
+    std::optional<std::string> commitEvery; // rows of a transaction; none: all of them
+    std::optional<std::string> skip;        // records of the file to be passed over
 };
 
-// Inserts every record of a CSV file, or none.
+// Inserts the records of a CSV file: all or none, or all up to the last commit before a failure.
 void loadFile(const LoadRequest &request, const Place &place);
 
 // Prints how many records meet all conditions.
@@ -41,6 +44,7 @@ struct SelectRequest {
     std::optional<std::string> offset;
     bool json = false;
     bool csv = false;
+    std::optional<std::string> lob; // the column of which one value is written as it stands
 };
 
 // Prints the rows that meet all conditions, with their NULLs and large objects; takes all of them into memory first.
@@ -52,6 +56,7 @@ void dumpRows(const SelectRequest &request);
 struct ChangeRequest {
     std::string table;
     std::vector<std::string> assignments; // of an update or a new row
+    std::vector<std::string> files;       // COL=FILE of a new row
     std::vector<std::string> where;
     bool all = false; // every record is meant; needed where there are no conditions
 };
@@ -60,8 +65,8 @@ struct ChangeRequest {
 void deleteRecords(const ChangeRequest &request);
 void updateRecords(const ChangeRequest &request);
 
-// Inserts a row of the values that are given.
-void putRow(const ChangeRequest &request);
+// Inserts a row of the values that are given, in words and in files.
+void putRow(const ChangeRequest &request, const Place &place);
 
 // Updates the rows that meet all conditions, also with NULL and large objects.
 void setRows(const ChangeRequest &request);

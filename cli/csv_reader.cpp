@@ -1,5 +1,6 @@
 #include "csv_reader.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -15,9 +16,14 @@ namespace {
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 constexpr int kBetweenRecords = 0; // of csv_parser::pstate
+constexpr size_t kLeastGrowth = 128;
 
 int isNoSpace(unsigned char) {
     return 0;
+}
+
+bool isBlank(std::string_view line) {
+    return line == "\n" || line == "\r\n";
 }
 
 } // namespace
@@ -29,7 +35,7 @@ CsvReader::CsvReader(const std::string &path, std::string name, char separator)
     struct stat status {};
     if (fstat(fileno(file_.get()), &status) == 0 && S_ISREG(status.st_mode))
         size_ = static_cast<uint64_t>(status.st_size);
-    csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI);
+    csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI | CSV_EMPTY_IS_NULL);
     csv_set_delim(&parser_, static_cast<unsigned char>(separator));
     csv_set_space_func(&parser_, isNoSpace); // blanks belong to the fields
 }
@@ -41,7 +47,10 @@ CsvReader::~CsvReader() {
 
 void CsvReader::takeField(void *text, size_t length, void *self) noexcept {
     auto &fields = static_cast<CsvReader *>(self)->current_.fields;
-    fields.emplace_back(text == nullptr ? "" : static_cast<char *>(text), length);
+    if (text == nullptr)
+        fields.emplace_back();
+    else
+        fields.emplace_back(std::in_place, static_cast<char *>(text), length);
 }
 
 void CsvReader::takeRecord(int, void *self) noexcept {
@@ -68,8 +77,13 @@ bool CsvReader::feedLine() {
     std::string_view line(text_, static_cast<size_t>(length));
     if (line_ == 1 && line.substr(0, kByteOrderMark.size()) == kByteOrderMark)
         line.remove_prefix(kByteOrderMark.size());
-    if (parser_.pstate == kBetweenRecords)
+    if (parser_.pstate == kBetweenRecords) {
         current_.line = line_;
+        if (blankIsRecord_ && isBlank(line))
+            complete_.push_back({line_, {std::nullopt}});
+    }
+    // The parser's buffer grows by steps of one size, which would take the square of a large field's time.
+    csv_set_blk_size(&parser_, std::max({kLeastGrowth, line.size(), csv_get_buffer_size(&parser_)}));
     if (csv_parse(&parser_, line.data(), line.size(), takeField, takeRecord, this) != line.size())
         malformed();
     return true;

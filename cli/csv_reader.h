@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,12 +14,13 @@
 namespace cli {
 
 struct CsvRecord {
-    uint64_t line; // on which the record begins, from 1
-    std::vector<std::string> fields;
+    uint64_t line;                                  // on which the record begins, from 1
+    std::vector<std::optional<std::string>> fields; // none: nothing stands there, not even quotes
 };
 
 // Reads a file in memory of the size of its longest record. Fields are as they stand, blanks included; a field with a
-// separator, a quote or a line end in it is quoted with ", quotes inside doubled. Blank lines are skipped.
+// separator, a quote or a line end in it is quoted with ", quotes inside doubled. Blank lines are passed over unless
+// they are records.
 class CsvReader {
 public:
     // The name is what messages call the file. Throws Failure.
@@ -26,6 +28,9 @@ public:
     ~CsvReader();
     CsvReader(const CsvReader &) = delete;
     CsvReader &operator=(const CsvReader &) = delete;
+
+    // From now on a blank line is a record of one field, in which nothing stands.
+    void takeBlankLines() { blankIsRecord_ = true; }
 
     // The next record; false at the end. Throws Failure.
     bool next(CsvRecord &record);
@@ -57,6 +62,7 @@ private:
     uint64_t size_ = 0;
     uint64_t read_ = 0;
     bool atEnd_ = false;
+    bool blankIsRecord_ = false;
     CsvRecord current_{1, {}};
     std::deque<CsvRecord> complete_;
 };

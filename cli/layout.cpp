@@ -152,6 +152,12 @@ std::string Layout::largeObjects() const {
     return columnNames(found);
 }
 
+void Layout::checkBytes(size_t position, std::string_view bytes) const {
+    if (isDecimal(position))
+        checkDecimal(bytes);
+    cli::checkBytes(type(position), bytes, static_cast<size_t>(columns()[position].len));
+}
+
 void Layout::checkRecordFits() const {
     constexpr size_t kLongest = std::numeric_limits<decltype(ORMEL_RECORD_BUFFER::usRecLen)>::max();
     if (recordLength() > kLongest)

@@ -58,6 +58,9 @@ public:
     // The names of the large-object columns with commas between them; empty where there are none.
     std::string largeObjects() const;
 
+    // Throws ValueError where bytes as they stand are no value of the column.
+    void checkBytes(size_t position, std::string_view bytes) const;
+
     // Throws Failure where a record of the table does not fit into a record buffer.
     void checkRecordFits() const;
 

@@ -51,8 +51,8 @@ void addAll(CLI::App *command, cli::ChangeRequest &change) {
     command->add_flag("--all", change.all, "every record of the table");
 }
 
-void addAssignments(CLI::App *command, cli::ChangeRequest &change, const char *what) {
-    command->add_option("COL=VALUE", change.assignments, what)->type_name("")->required();
+CLI::Option *addAssignments(CLI::App *command, cli::ChangeRequest &change, const char *what) {
+    return command->add_option("COL=VALUE", change.assignments, what)->type_name("")->required();
 }
 
 // An option whose value may be missing as far as the parser is concerned: the command says better what it should be.
@@ -82,13 +82,17 @@ Command addDescribe(CLI::App &app, Options &options) {
 }
 
 Command addLoad(CLI::App &app, Options &options) {
+    cli::LoadRequest &load = options.load;
     CLI::App *words = app.add_subcommand("load", "Insert all records of a CSV file, or none");
-    addTable(words, options.load.table);
-    words->add_option("FILE", options.load.file, "the CSV file, without a heading")->type_name("")->required();
-    words
-        ->add_option("--separator", options.load.separator, "what stands between fields, \\t for the tab; else a comma")
+    addTable(words, load.table);
+    words->add_option("FILE", load.file, "the CSV file")->type_name("")->required();
+    words->add_option("--separator", load.separator, "what stands between fields, \\t for the tab; else a comma")
         ->type_name("C");
-    return {words, true, [&] { cli::loadFile(options.load, options.place); }};
+    addValue(words, "--skip", load.skip, "N", "pass over the first N records; 1 for a heading");
+    addValue(words, "--batch", load.batch, "N", "insert so many rows with one statement; else 1000");
+    addValue(words, "--commit-every", load.commitEvery, "N",
+             "keep what is in after every N rows, whatever comes later");
+    return {words, true, [&] { cli::loadFile(load, options.place); }};
 }
 
 Command addCount(CLI::App &app, Options &options) {
@@ -137,6 +141,7 @@ Command addGet(CLI::App &app, Options &options) {
     addValue(words, "--offset", select.offset, "N", "pass over so many rows first; goes with --limit");
     words->add_flag("--json", select.json, "as a JSON array");
     words->add_flag("--csv", select.csv, "as CSV, with a heading");
+    addValue(words, "--lob", select.lob, "COL", "write this value of the one row that is meant, byte for byte");
     return {words, true, [&] { cli::getRows(select); }};
 }
 
@@ -152,8 +157,11 @@ Command addDump(CLI::App &app, Options &options) {
 Command addPut(CLI::App &app, Options &options) {
     CLI::App *words = app.add_subcommand("put", "Insert a row");
     addTable(words, options.change.table);
-    addAssignments(words, options.change, kValues);
-    return {words, true, [&] { cli::putRow(options.change); }};
+    addAssignments(words, options.change, kValues)->required(false); // files will do
+    words->add_option("--lob", options.change.files, "a file that holds the column's text or bytes; may be given again")
+        ->type_name("COL=FILE")
+        ->allow_extra_args(false);
+    return {words, true, [&] { cli::putRow(options.change, options.place); }};
 }
 
 Command addSet(CLI::App &app, Options &options) {

@@ -19,6 +19,15 @@ std::string encoded(const Layout &layout, size_t position, const std::string &co
 
 } // namespace
 
+// An empty text is a value without bytes, and so the way to give an empty byte string: the setter of bytes refuses it.
+uint32_t appendValue(ORMEL_OBJECT &object, const char *column, std::optional<std::string_view> value) {
+    if (!value)
+        return ORMEL_ObjectNullSet(&object, column);
+    if (value->empty())
+        return ORMEL_ObjectStrSet(&object, column, "");
+    return ORMEL_ObjectBinarySet(&object, column, value->data(), static_cast<int32_t>(value->size()));
+}
+
 Object::Object(const Layout &layout) : layout_(layout) {
     ORMEL_ObjectNameSet(&object_, layout.table().c_str());
 }
@@ -38,11 +47,8 @@ void Object::check(uint32_t code) const {
                       logFile());
 }
 
-// An empty text is a value without bytes, and so the way to give an empty byte string: the setter of bytes refuses it.
-void Object::append(size_t position, const std::string &value) {
-    check(value.empty()
-              ? ORMEL_ObjectStrSet(&object_, name(position), "")
-              : ORMEL_ObjectBinarySet(&object_, name(position), value.data(), static_cast<int32_t>(value.size())));
+void Object::append(size_t position, std::optional<std::string_view> value) {
+    check(appendValue(object_, name(position), value));
 }
 
 void Object::assign(const std::vector<Assignment> &assignments) {
@@ -52,8 +58,18 @@ void Object::assign(const std::vector<Assignment> &assignments) {
         if (value)
             append(positions[i], encoded(layout_, positions[i], column, *value, false));
         else
-            check(ORMEL_ObjectNullSet(&object_, name(positions[i])));
+            append(positions[i], std::nullopt);
     }
+}
+
+void Object::assignBytes(const std::string &column, std::string_view bytes) {
+    const size_t position = layout_.find(column);
+    try {
+        layout_.checkBytes(position, bytes);
+    } catch (const ValueError &error) {
+        throw UsageError(column + ": " + error.what());
+    }
+    append(position, bytes);
 }
 
 void Object::require(const std::vector<Condition> &conditions) {

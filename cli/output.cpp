@@ -16,7 +16,7 @@
 namespace cli {
 namespace {
 
-void write(std::ostream &out, const std::string &text) {
+void write(std::ostream &out, std::string_view text) {
     if (!out.write(text.data(), static_cast<std::streamsize>(text.size())))
         throw Failure(std::string("cannot write the output: ") + std::strerror(errno));
 }
@@ -159,6 +159,11 @@ constexpr JsonWriter::Frame kArray = {"[\n", ",\n", "", "\n]\n", "[]\n"};
 constexpr JsonWriter::Frame kLines = {"", "", "\n", "", ""};
 
 } // namespace
+
+void writeBytes(std::span<const uint8_t> bytes, std::ostream &out) {
+    write(out, {reinterpret_cast<const char *>(bytes.data()), bytes.size()});
+    flush(out);
+}
 
 std::unique_ptr<RowWriter> makeWriter(Format format, const std::vector<Heading> &headings, std::ostream &out) {
     switch (format) {

@@ -37,6 +37,9 @@ enum class Format {
     jsonLines, // one object a line
 };
 
+// Writes bytes as they are. Throws Failure, as a writer does.
+void writeBytes(std::span<const uint8_t> bytes, std::ostream &out);
+
 std::unique_ptr<RowWriter> makeWriter(Format format, const std::vector<Heading> &headings, std::ostream &out);
 
 } // namespace cli

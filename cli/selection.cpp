@@ -1,10 +1,10 @@
 #include "selection.h"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 #include <numeric>
 
+#include "option.h"
 #include "text.h"
 #include "value.h"
 
@@ -29,13 +29,8 @@ std::vector<std::string> parseFields(const std::optional<std::string> &text) {
 }
 
 // The library writes both as signed numbers.
-uint32_t parseCount(const std::string &option, const std::string &text) {
-    constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
-    int32_t value = -1;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || value < 0)
-        throw UsageError(option + " takes a whole number from 0 to " + std::to_string(kMost) + ", not '" + text + "'");
-    return static_cast<uint32_t>(value);
+uint32_t parsePart(const std::string &option, const std::string &text) {
+    return static_cast<uint32_t>(parseCount(option, text, 0, std::numeric_limits<int32_t>::max()));
 }
 
 std::optional<Page> parsePage(const SelectRequest &request) {
@@ -43,7 +38,7 @@ std::optional<Page> parsePage(const SelectRequest &request) {
         throw UsageError("--offset passes over the first rows of a page; say with --limit how many rows that has");
     if (!request.limit)
         return std::nullopt;
-    return Page{parseCount("--limit", *request.limit), parseCount("--offset", request.offset.value_or("0"))};
+    return Page{parsePart("--limit", *request.limit), parsePart("--offset", request.offset.value_or("0"))};
 }
 
 std::vector<size_t> selectedPositions(const Layout &layout, const std::vector<std::string> &fields) {
@@ -71,6 +66,10 @@ Selection::Selection(const SelectRequest &request)
     checkTableName(request.table);
     if (request.json && request.csv)
         throw UsageError("--json and --csv exclude each other; choose one");
+    if (request.lob && (request.json || request.csv || request.fields))
+        throw UsageError("--lob writes one value as it stands; --json, --csv and --fields do not go with it");
+    if (request.lob)
+        fields = {*request.lob};
 }
 
 Query::Query(const Layout &layout, const Selection &selection)
@@ -87,6 +86,10 @@ std::vector<Heading> Query::headings() const {
     for (const size_t position : positions_)
         result.push_back(layout_.heading(position));
     return result;
+}
+
+Cell Query::first(const ORMEL_SELECT_RESULT &result, uint32_t row) {
+    return cellOf(result, row, 0);
 }
 
 void Query::write(RowWriter &writer, const ORMEL_SELECT_RESULT &result, uint32_t row) const {

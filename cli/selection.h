@@ -38,6 +38,9 @@ public:
     ORMEL_OBJECT *object() { return object_.get(); }
     std::vector<Heading> headings() const;
 
+    // A row's value of the first column that is selected.
+    static Cell first(const ORMEL_SELECT_RESULT &result, uint32_t row);
+
     // Hands a row of the result over; by position, because a counted select's descriptor is that of the whole table.
     void write(RowWriter &writer, const ORMEL_SELECT_RESULT &result, uint32_t row) const;
 

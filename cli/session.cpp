@@ -78,13 +78,20 @@ void Session::commit() {
         throw connectionFailure(connection_, "the database refused the commit, nothing was changed");
 }
 
-Failure databaseFailure(const std::string &what, const std::string &remedy) {
+std::string databaseWords() {
     ORMEL_ERROR error{};
-    if (ORMEL_LastError(&error) != ORMEL_OK)
+    return ORMEL_LastError(&error) == ORMEL_OK ? error.acText : "";
+}
+
+Failure failureInWords(const std::string &what, const std::string &words, const std::string &remedy) {
+    if (words.empty())
         return Failure(what + "; the reason stands in " + logFile());
-    const std::string words = error.acText;
     const std::string advice = isAboutLock(words) ? kWait : remedy;
     return Failure(what + ": " + words + (advice.empty() ? "" : "; ") + advice);
+}
+
+Failure databaseFailure(const std::string &what, const std::string &remedy) {
+    return failureInWords(what, databaseWords(), remedy);
 }
 
 Failure connectionFailure(void *connection, const std::string &what) {

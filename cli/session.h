@@ -41,6 +41,12 @@ private:
     void *connection_;
 };
 
+// What the database said last; empty where it said nothing.
+std::string databaseWords();
+
+// A failure in these words, or with the log's name where they are empty, and what to do about it.
+Failure failureInWords(const std::string &what, const std::string &words, const std::string &remedy = "");
+
 // A failure with the database's own words, and what to do about it.
 Failure databaseFailure(const std::string &what, const std::string &remedy = "");
 

@@ -89,11 +89,15 @@ std::string formatDouble(Bytes bytes) {
 
 // --- Text ------------------------------------------------------------------------------------------------------
 
-std::string parseText(std::string_view text) {
+void checkText(std::string_view text) {
     if (text.find('\0') != std::string_view::npos)
         throw ValueError(quoted(text) + " has a NUL byte, where a record's text would end");
     if (const auto bad = firstInvalidByte(text))
         throw ValueError(quoted(text) + " is no UTF-8 text from byte " + std::to_string(*bad + 1) + " on");
+}
+
+std::string parseText(std::string_view text) {
+    checkText(text);
     return std::string(text);
 }
 
@@ -199,6 +203,11 @@ bool isLargeObject(uint32_t type) {
     return typeOf(type).kind == Kind::largeObject;
 }
 
+bool isTextOrBytes(uint32_t type) {
+    const auto parse = typeOf(type).parse;
+    return parse == parseText || parse == parseBytes;
+}
+
 std::string encodeValue(uint32_t type, std::string_view text, size_t size) {
     const Type &known = typeOf(type);
     if (known.kind == Kind::text)
@@ -218,6 +227,20 @@ void parseValue(uint32_t type, std::string_view text, std::span<uint8_t> field) 
     const std::string value = encodeValue(type, text, field.size());
     const auto end = std::copy_n(value.begin(), std::min(value.size(), field.size()), field.begin());
     std::fill(end, field.end(), uint8_t{0});
+}
+
+void checkBytes(uint32_t type, std::string_view bytes, size_t size) {
+    const Type &known = typeOf(type);
+    if (!isTextOrBytes(type))
+        throw ValueError(std::string("its values are neither texts nor byte strings (") + known.name +
+                         "), so that no file holds one; write COL=VALUE");
+    if (known.parse == parseText)
+        checkText(bytes);
+    if (known.kind == Kind::text)
+        checkTextFits(bytes, size);
+    if (known.kind == Kind::bytes && bytes.size() > size)
+        throw ValueError("the field takes at most " + counted(size, "byte") + ", and the value has " +
+                         std::to_string(bytes.size()));
 }
 
 void checkDecimal(std::string_view text) {

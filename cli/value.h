@@ -26,6 +26,9 @@ bool isText(uint32_t type);
 // Whether the type is a large object, which no record carries.
 bool isLargeObject(uint32_t type);
 
+// Whether the values of the type are texts or byte strings, of bounded length or not.
+bool isTextOrBytes(uint32_t type);
+
 // Writes a value into a field of a record or into the value of a condition, filled up with zeros. Throws ValueError
 // where the text is no value of the type or the field cannot hold it.
 void parseValue(uint32_t type, std::string_view text, std::span<uint8_t> field);
@@ -33,6 +36,9 @@ void parseValue(uint32_t type, std::string_view text, std::span<uint8_t> field);
 // The bytes of a value outside a record: numbers in the width of their type, texts and byte strings in their own
 // length, which the column's size bounds unless it is a large object. Throws ValueError, as above.
 std::string encodeValue(uint32_t type, std::string_view text, size_t size);
+
+// Throws ValueError where bytes as they stand, a file's for example, are no value of a type of texts or byte strings.
+void checkBytes(uint32_t type, std::string_view bytes, size_t size);
 
 // Throws ValueError where the text is no decimal number: what travels as text is not looked at by the functions above.
 void checkDecimal(std::string_view text);

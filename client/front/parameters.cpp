@@ -171,6 +171,11 @@ Value Parameters::at(uint32_t row, uint32_t position) const {
     return plainValue(value, element, length, form);
 }
 
+bool Parameters::areOfSet() const {
+    return std::any_of(parameters_.begin(), parameters_.end(),
+                       [](const Parameter &parameter) { return parameter.rowLengths != nullptr; });
+}
+
 std::string Parameters::place(uint32_t row, uint32_t position) const {
     const std::string number = ":" + std::to_string(position + 1);
     const std::string column = insertedColumn(sql_, position);

@@ -34,6 +34,9 @@ public:
     // The value of a row. Throws Error for one that its parameter cannot take, with row and parameter.
     Value at(uint32_t row, uint32_t position) const;
 
+    // Whether values were bound as those of a set's rows, be it a single one.
+    bool areOfSet() const;
+
     // Where a value is, for messages: its row, from 0, and its parameter, with the column's name where an insert says
     // it.
     std::string place(uint32_t row, uint32_t position) const;

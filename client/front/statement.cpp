@@ -92,7 +92,7 @@ void StatementHandle::execute() {
 }
 
 void StatementHandle::run() {
-    if (rows_ > 1) {
+    if (rows_ > 1 || parameters_.areOfSet()) {
         affected_ = saturated(statement_->executeBatch(BoundBatch(parameters_, rows_)));
         return;
     }

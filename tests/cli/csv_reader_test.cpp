@@ -10,7 +10,9 @@
 namespace {
 
 using namespace cli;
-using Fields = std::vector<std::string>;
+using Fields = std::vector<std::optional<std::string>>;
+
+constexpr std::nullopt_t none = std::nullopt;
 
 class Csv : public testing::Test {
 protected:
@@ -64,7 +66,7 @@ TEST_F(Csv, SplitsFieldsAndRecords) {
 }
 
 TEST_F(Csv, TheLastLineNeedsNoEnd) {
-    EXPECT_EQ(fields("a,b\nc,"), (std::vector<Fields>{{"a", "b"}, {"c", ""}}));
+    EXPECT_EQ(fields("a,b\nc,"), (std::vector<Fields>{{"a", "b"}, {"c", none}}));
     EXPECT_EQ(fields("a,\"b\""), (std::vector<Fields>{{"a", "b"}}));
 }
 
@@ -76,13 +78,36 @@ TEST_F(Csv, LineEndsOfOtherSystemsAndBlankLines) {
 TEST_F(Csv, FieldsStayAsTheyStand) {
     EXPECT_EQ(fields(" a , b\t,\u00e9\n"), (std::vector<Fields>{{" a ", " b\t", "\u00e9"}}));
     EXPECT_EQ(fields(std::string("a\0b,c\n", 6)), (std::vector<Fields>{{std::string("a\0b", 3), "c"}}));
-    EXPECT_EQ(fields(",,\n"), (std::vector<Fields>{{"", "", ""}}));
+    EXPECT_EQ(fields(",,\n"), (std::vector<Fields>{{none, none, none}}));
 }
 
 TEST_F(Csv, QuotesHoldSeparatorsQuotesAndLineEnds) {
     EXPECT_EQ(fields("\"a,b\",\"say \"\"hi\"\"\",\"x\r\ny\"\n"),
               (std::vector<Fields>{{"a,b", "say \"hi\"", "x\r\ny"}}));
     EXPECT_EQ(fields("\"\"\n"), (std::vector<Fields>{{""}}));
+}
+
+TEST_F(Csv, QuotesTellAnEmptyFieldFromNone) {
+    EXPECT_EQ(fields("\"\",,\"\"\r\n,\"\"\n,"), (std::vector<Fields>{{"", none, ""}, {none, ""}, {none, none}}));
+    EXPECT_EQ(fields("\"\""), (std::vector<Fields>{{""}}));
+}
+
+TEST_F(Csv, BlankLinesCanBeRecords) {
+    CsvReader reader(file("\n\"a\n\n\"\n\r\n\"\"\nb"), "x.csv", ',');
+    reader.takeBlankLines();
+    std::vector<std::pair<uint64_t, Fields>> all;
+    for (CsvRecord record{}; reader.next(record);)
+        all.emplace_back(record.line, record.fields);
+    EXPECT_EQ(all, (std::vector<std::pair<uint64_t, Fields>>{
+                       {1, {none}}, {2, {"a\n\n"}}, {5, {none}}, {6, {""}}, {7, {"b"}}}));
+}
+
+TEST_F(Csv, FieldsOfAnySize) {
+    const std::string large(3000000, 'x');
+    std::string lines;
+    for (int i = 0; i < 200000; ++i)
+        lines += "line\n";
+    EXPECT_EQ(fields(large + ",\"" + lines + "\"\n"), (std::vector<Fields>{{large, lines}}));
 }
 
 TEST_F(Csv, AByteOrderMarkIsNoPartOfTheFirstField) {

@@ -28,10 +28,15 @@ class Load(HomeTest):
 
     def test_takes_every_record(self):
         output = self.load("1,Zo\u00eb,-9223372036854775808,0.1,true,00ff,1.50\n"
-                           "2,,5,1e300,0,abcd,-3\n")
+                           "2,\"\",5,1e300,0,abcd,-3\n")
         self.assertEqual(output, "2 rows loaded into t\n")
         rows = self.database().execute("SELECT id, name, big, part, flag, hex(raw), price FROM t").fetchall()
         self.assertEqual(rows, [(1, "Zo\u00eb", -2**63, 0.1, 1, "00FF", 1.5), (2, "", 5, 1e300, 0, "ABCD", -3)])
+
+    def test_nothing_is_null_and_quotes_hold_an_empty_text(self):
+        self.load("1,,,,,,\n2,\"\",1,1,1,\"\",1")
+        rows = self.database().execute("SELECT * FROM t ORDER BY id").fetchall()
+        self.assertEqual(rows, [(1, None, None, None, None, None, None), (2, "", 1, 1, 1, b"", 1)])
 
     def test_takes_other_separators(self):
         self.load("1;a,b;1;1;1;0000;1\n", "--separator", ";")
@@ -67,15 +72,16 @@ class Load(HomeTest):
         good = ["1", "a", "1", "1", "1", "0000", "1"]
         for position, text, reason in [
                 (0, "x1", "ID: 'x1' is no whole number"),
-                (0, "", "ID: an empty field is no number"),
+                (0, '""', "ID: an empty field is no number"),
                 (0, "2147483648", "ID: '2147483648' is outside -2147483648 to 2147483647"),
                 (1, "x" * 21, "NAME: 'xxxxxxxxxxxxxxxxxxxxx' has 21 bytes, the field holds at most 20"),
                 (1, "a\0b", "NAME: 'a\\x00b' has a NUL byte, where a record's text would end"),
                 (2, "1e5", "BIG: '1e5' is no whole number"),
                 (3, "half", "PART: 'half' is no number"),
                 (4, "yes", "FLAG: 'yes' is neither true nor false (nor 1 nor 0)"),
-                (5, "00", "RAW: the field takes exactly 2 bytes, written as 4 hexadecimal digits, and '00' has 2"),
-                (6, "", "PRICE: an empty field is no number"),
+                (5, "000000", "RAW: the field takes at most 2 bytes, written as 4 hexadecimal digits, and '000000' has 6"),
+                (5, "000", "RAW: '000' has 3 hexadecimal digits, and a byte takes two"),
+                (6, '""', "PRICE: an empty field is no number"),
                 (6, "1.5 EUR", "PRICE: '1.5 EUR' is no number"),
                 (6, "12345678901", "PRICE: '12345678901' has 11 bytes, the field holds at most 9")]:
             with self.subTest(reason=reason):
@@ -111,25 +117,32 @@ class Load(HomeTest):
         self.write("x.csv", ",".join("1" * 32) + "\n")
         self.assertEqual(self.ormel("load", "full", "x.csv"), "1 row loaded into full\n")
 
-    def test_a_table_with_large_objects(self):
+    def test_large_objects(self):
         self.sql("CREATE TABLE lob (id INTEGER, body TEXT, picture BLOB)")
-        self.write("x.csv", "1,a,00\n")
-        self.assertEqual(self.refused(1, "load", "lob", "x.csv"),
-                         "lob has columns that no record carries, large objects: BODY, PICTURE; use the command sql, or "
-                         "declare them as VARCHAR(n)")
+        body = "it's \U0001f600\r\n" * 50000
+        self.write("x.csv", f'1,"{body}",{"00ff" * 100000}\n2,"",""\n3,,\n')
+        self.assertEqual(self.ormel("load", "lob", "x.csv"), "3 rows loaded into lob\n")
+        self.assertEqual(self.database().execute("SELECT * FROM lob ORDER BY id").fetchall(),
+                         [(1, body, b"\0\xff" * 100000), (2, "", b""), (3, None, None)])
+        for row, reason in [("4,a\0b,00", "BODY: 'a\\x00b' has a NUL byte, where a record's text would end"),
+                            ("4,a,0", "PICTURE: '0' has 1 hexadecimal digit, and a byte takes two"),
+                            ("4,a,0g", "PICTURE: 'g' is no hexadecimal digit")]:
+            self.write("x.csv", row)
+            self.assertEqual(self.refused(1, "load", "lob", "x.csv"), f"x.csv:1: {reason}; nothing was loaded")
 
-    def test_a_table_whose_record_is_too_long(self):
-        self.sql("CREATE TABLE fat (a VARCHAR(16000), b VARCHAR(16000))")
-        self.write("x.csv", "a,b\n")
-        self.assertEqual(self.refused(1, "load", "fat", "x.csv"),
-                         "a record of fat has 128002 bytes, a record buffer holds 65535; use the command sql")
+    def test_a_row_that_no_record_holds(self):
+        self.sql("CREATE TABLE fat (a VARCHAR(16000), b VARCHAR(16000), c VARBINARY(65534))")
+        self.write("x.csv", "\U0001f600" * 16000 + "," + "b" * 64000 + "," + "0a" * 65534)
+        self.assertEqual(self.ormel("load", "fat", "x.csv"), "1 row loaded into fat\n")
+        self.assertEqual(self.database().execute("SELECT * FROM fat").fetchall(),
+                         [("\U0001f600" * 16000, "b" * 64000, b"\n" * 65534)])
 
 
 class ProgressBar(HomeTest):
     def setUp(self):
         super().setUp()
         self.sql("CREATE TABLE t (id INTEGER)")
-        self.write("x.csv", "".join(f"{i}\n" for i in range(500)))
+        self.write("x.csv", "".join(f"{i:03}\n" for i in range(500)))
 
     def test_is_not_shown_where_there_is_no_terminal(self):
         self.assertEqual(self.ormel("load", "t", "x.csv"), "500 rows loaded into t\n")
@@ -137,7 +150,7 @@ class ProgressBar(HomeTest):
     def test_is_shown_on_a_terminal_and_wiped(self):
         person, terminal = pty.openpty()
         self.addCleanup(os.close, person)
-        child = subprocess.Popen([ORMEL, "--home", "home", "load", "t", "x.csv"], cwd=self.directory,
+        child = subprocess.Popen([ORMEL, "--home", "home", "load", "t", "x.csv", "--batch", "10"], cwd=self.directory,
                                  stdout=subprocess.PIPE, stderr=terminal)
         os.close(terminal)
         self.addCleanup(child.stdout.close)
@@ -148,8 +161,8 @@ class ProgressBar(HomeTest):
         except OSError:  # the end of a terminal
             pass
         self.assertEqual((child.wait(60), child.stdout.read()), (0, b"500 rows loaded into t\n"))
-        self.assertIn(b"\r\x1b[K[####################....................] 50 % ", shown)
-        self.assertIn(b"] 100 % 500 rows", shown)
+        self.assertRegex(shown, rb"\r\x1b\[K\[####################\.{20}\] 50 % 250 rows, [1-9]\d* rows/s, 0:0\d left\r")
+        self.assertRegex(shown, rb"\] 100 % 500 rows, [1-9]\d* rows/s, 0:00 left\r")
         self.assertTrue(shown.endswith(b"\r\x1b[K"), shown[-50:])
 
 

@@ -1,4 +1,4 @@
-// NULL through objects and results: written in columns of every type, told from empty, and no condition.
+// NULL through objects, batches and results: written in columns of every type, told from empty, and no condition.
 #include "support/database.h"
 
 namespace {
@@ -52,7 +52,7 @@ protected:
     }
 
     // An object with every column, all NULL or all empty.
-    static void fill(Object &object, bool null) {
+    static void fill(ORMEL_OBJECT *object, bool null) {
         for (const Column &column : kColumns)
             ASSERT_EQ((null ? ORMEL_ObjectNullSet : column.setEmpty)(object, column.name), ORMEL_OK) << column.declared;
     }
@@ -62,6 +62,16 @@ protected:
         fill(object, null);
         ORMEL_ObjectInt32Set(object, "k", key);
         ASSERT_EQ(ORMEL_InsertRecFormObj(object), ORMEL_OK);
+    }
+
+    // Rows with keys from 1 on, in one batch.
+    static void insertBatch(const std::vector<bool> &nulls) {
+        const Batch batch("every", nulls.size());
+        for (size_t row = 0; row < nulls.size(); ++row) {
+            fill(batch[row], nulls[row]);
+            ORMEL_ObjectInt32Set(batch[row], "k", static_cast<int32_t>(row) + 1);
+        }
+        ASSERT_EQ(ORMEL_PatchInsertRecFormObj(batch), ORMEL_OK);
     }
 
     static void update(int32_t key, bool null) {
@@ -96,6 +106,18 @@ TEST_F(NullTest, IsInsertedAndToldFromEmpty) {
     insert(2, false);
     expectRow(1, true);
     expectRow(2, false);
+}
+
+TEST_F(NullTest, IsInsertedByBatchesWithTheRowsBehindIt) {
+    const std::vector<bool> batches[] = {
+        {true}, {false}, {true, true}, {true, false}, {false, true, false, true, false}};
+    for (const std::vector<bool> &nulls : batches) {
+        SCOPED_TRACE(testing::PrintToString(nulls));
+        insertBatch(nulls);
+        for (size_t row = 0; row < nulls.size(); ++row)
+            expectRow(static_cast<int32_t>(row) + 1, nulls[row]);
+        execute("DELETE FROM every");
+    }
 }
 
 TEST_F(NullTest, IsSetByUpdates) {

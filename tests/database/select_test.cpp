@@ -37,15 +37,6 @@ std::vector<std::string> columnsOf(const ORMEL_SELECT_RESULT *result) {
     return columns;
 }
 
-// A connection of the test's own.
-struct Connection {
-    Connection() : handle(ORMEL_DBConnect()) {}
-    ~Connection() { ORMEL_DBDisConnect(handle); }
-    Connection(const Connection &) = delete;
-    Connection &operator=(const Connection &) = delete;
-    void *handle;
-};
-
 TEST_F(SelectTest, ATablesFirstResultCanBeReadAndCleared) {
     makeRows(3);
     const std::map<std::string, uint32_t (*)(ORMEL_SELECT_RESULT *)> variants = {
@@ -53,7 +44,7 @@ TEST_F(SelectTest, ATablesFirstResultCanBeReadAndCleared) {
         {"connection",
          [](ORMEL_SELECT_RESULT *result) {
              const Connection connection;
-             return ORMEL_SelectRecForConn2(connection.handle, "t", nullptr, 0, result);
+             return ORMEL_SelectRecForConn2(connection, "t", nullptr, 0, result);
          }},
         {"slot",
          [](ORMEL_SELECT_RESULT *result) {
@@ -175,7 +166,7 @@ TEST_F(TogetherTest, SelectFieldsConditionsAndPaging) {
         {"connection",
          [](ORMEL_OBJECT *object, ORMEL_SELECT_RESULT *result) {
              const Connection connection;
-             return ORMEL_SelectRecForConn3(connection.handle, object, result);
+             return ORMEL_SelectRecForConn3(connection, object, result);
          }},
         {"slot",
          [](ORMEL_OBJECT *object, ORMEL_SELECT_RESULT *result) {

@@ -51,6 +51,21 @@ private:
     ORMEL_OBJECT object_ = {};
 };
 
+// Requests that are inserted together.
+class Batch {
+public:
+    Batch(const std::string &table, size_t objects)
+        : multi_(ORMEL_Multi_object_Init(table.c_str(), static_cast<int32_t>(objects))) {}
+    ~Batch() { ORMEL_Multi_object_UnInit(multi_); }
+    Batch(const Batch &) = delete;
+    Batch &operator=(const Batch &) = delete;
+    operator ORMEL_MULTI_OBJECT *() const { return multi_; }
+    ORMEL_OBJECT *operator[](size_t row) const { return &multi_->astObject[row]; }
+
+private:
+    ORMEL_MULTI_OBJECT *multi_;
+};
+
 // The result of a select, or a row of a cursor.
 template <void (*clear)(ORMEL_SELECT_RESULT *)> class ResultOwner {
 public:
@@ -87,6 +102,19 @@ public:
 
 private:
     ORMEL_TRANS *slot_;
+};
+
+// A connection of the test's own.
+class Connection {
+public:
+    Connection() : handle_(ORMEL_DBConnect()) {}
+    ~Connection() { ORMEL_DBDisConnect(handle_); }
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+    operator void *() const { return handle_; }
+
+private:
+    void *handle_;
 };
 
 // A transaction, rolled back with its owner where it was not committed.

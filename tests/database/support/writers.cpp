@@ -1,7 +1,6 @@
 #include "support/writers.h"
 
 #include <cstring>
-#include <memory>
 
 #include "support/database.h"
 
@@ -98,18 +97,13 @@ template <Set set> void writeObjects(const Table &table) {
         });
 }
 
-struct FreeBatch {
-    void operator()(ORMEL_MULTI_OBJECT *batch) const { ORMEL_Multi_object_UnInit(batch); }
-};
-using Batch = std::unique_ptr<ORMEL_MULTI_OBJECT, FreeBatch>;
-
 // The rows from first on, as many as the batch has objects.
-Batch batchOf(const Table &table, size_t first, size_t rows) {
-    Batch batch(ORMEL_Multi_object_Init(table.name.c_str(), static_cast<int32_t>(rows)));
+template <class Insert> uint32_t writeBatch(const Table &table, size_t first, size_t rows, Insert insert) {
+    const Batch batch(table.name, rows);
     for (size_t row = 0; row < rows; ++row)
         for (size_t i = 0; i < table.columns.size(); ++i)
-            EXPECT_EQ(set(&batch->astObject[row], table.columns[i], table.rows[first + row][i]), ORMEL_OK);
-    return batch;
+            EXPECT_EQ(set(batch[row], table.columns[i], table.rows[first + row][i]), ORMEL_OK);
+    return insert(batch);
 }
 
 // Half of the rows in a batch of their own, committed by the call; the others on a slot.
@@ -117,11 +111,14 @@ void writeBatches(const Table &table) {
     const size_t rows = table.rows.size();
     const size_t half = rows / 2;
     if (half > 0) {
-        ASSERT_EQ(ORMEL_PatchInsertRecFormObj(batchOf(table, 0, half).get()), ORMEL_OK);
+        ASSERT_EQ(writeBatch(table, 0, half, ORMEL_PatchInsertRecFormObj), ORMEL_OK);
     }
     Transaction transaction;
     if (rows > half) {
-        ASSERT_EQ(ORMEL_PatchInsertRecFormObjForTrans(transaction, batchOf(table, half, rows - half).get()), ORMEL_OK);
+        const auto onSlot = [&](ORMEL_MULTI_OBJECT *batch) {
+            return ORMEL_PatchInsertRecFormObjForTrans(transaction, batch);
+        };
+        ASSERT_EQ(writeBatch(table, half, rows - half, onSlot), ORMEL_OK);
     }
     ASSERT_EQ(transaction.commit(), ORMEL_OK);
 }

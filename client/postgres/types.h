@@ -4,18 +4,9 @@
 #include <cstdint>
 #include <libpq-fe.h>
 
-namespace ormel::client::postgres {
+#include "common/type_ids.h"
 
-// Client type ids.
-inline constexpr uint16_t kInt32 = 1;
-inline constexpr uint16_t kInt64 = 2;
-inline constexpr uint16_t kDouble = 3;
-inline constexpr uint16_t kChar = 8;
-inline constexpr uint16_t kVarchar = 9;
-inline constexpr uint16_t kText = 10; // what travels as text of a bounded size
-inline constexpr uint16_t kClob = 13;
-inline constexpr uint16_t kBlob = 14;
-inline constexpr uint16_t kBoolean = 25;
+namespace ormel::client::postgres {
 
 // The server's own numbers of its types.
 inline constexpr Oid kBoolOid = 16;

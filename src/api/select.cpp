@@ -2,6 +2,7 @@
 
 #include "api/variant.h"
 #include "dao/owners.h"
+#include "para/record_length.h"
 
 using ormel::Commit;
 using ormel::onOwnConnection;
@@ -23,13 +24,6 @@ uint32_t select(void *conn, const char *table, const ORMEL_COND *cond, ORMEL_RES
             return code;
     res.reset(dbSelectRec(conn, table, &para));
     return res != nullptr ? ORMEL_OK : noResult;
-}
-
-uint64_t recordLength(const ORMEL_RES_ATT &att) {
-    if (att.iAttNum < 1)
-        return 0;
-    const ORMEL_RES_ATT_FIELD &last = att.astField[att.iAttNum - 1];
-    return static_cast<uint64_t>(last.offset) + static_cast<uint64_t>(last.len);
 }
 
 } // namespace
@@ -100,7 +94,7 @@ uint32_t ORMEL_ResultConvertDsBuf(const ORMEL_SELECT_RESULT *pstResult, ORMEL_RE
                                   uint32_t uiStartIndex) {
     if (!present(pstResult, pstDsbuf) || !present(pstResult->pstResAtt, pstResult->pstRes))
         return ORMEL_ERR_NULL_ARG;
-    const uint64_t length = recordLength(*pstResult->pstResAtt);
+    const uint64_t length = ormel::recordLength(*pstResult->pstResAtt);
     if (static_cast<uint16_t>(length) != pstDsbuf->usRecLen) {
         ORMEL_LOG(KPL_LOG_ERROR, "Error: DbRecLen != RecLen, %d, %d", static_cast<int>(length), pstDsbuf->usRecLen);
         return ORMEL_ERR_FAILED;

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "log/log.h"
+#include "para/record_length.h"
 
 namespace {
 
@@ -41,16 +42,9 @@ void setSlot(ORMEL_PARA &para, int32_t i, const ORMEL_RES_ATT_FIELD &entry, cons
     para.type[i] = static_cast<uint32_t>(entry.atttypid);
 }
 
-uint64_t recordLength(const ORMEL_RES_ATT &att) {
-    if (att.iAttNum < 1)
-        return 0;
-    const ORMEL_RES_ATT_FIELD &last = att.astField[att.iAttNum - 1];
-    return static_cast<uint64_t>(last.offset) + static_cast<uint64_t>(last.len);
-}
-
 // Whether the record that the caller describes can hold the table's layout; lengths of 0 are not stated.
 uint32_t checkRecord(const char *func, const ORMEL_RECORD_BUFFER &dsbuf, const ORMEL_RES_ATT &att) {
-    const uint64_t need = recordLength(att);
+    const uint64_t need = ormel::recordLength(att);
     if (dsbuf.pucData == nullptr)
         return refuseNull(func);
     if (dsbuf.usRecLen != 0 && dsbuf.usRecLen < need)

@@ -41,4 +41,11 @@ std::vector<Column> ColumnReader::describe(const PGresult *result) {
     return columns;
 }
 
+bool allInBinary(const PGresult *result) {
+    for (int i = 0; i < PQnfields(result); ++i)
+        if (!travelsInBinary(PQftype(result, i)))
+            return false;
+    return true;
+}
+
 } // namespace ormel::client::postgres

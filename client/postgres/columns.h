@@ -23,4 +23,7 @@ private:
     std::map<Oid, ColumnType> known_; // of users' types
 };
 
+// Whether every column's values have a form that is read in binary.
+bool allInBinary(const PGresult *result);
+
 } // namespace ormel::client::postgres

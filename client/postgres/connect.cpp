@@ -35,12 +35,14 @@ std::string sessionOptions(const Settings &settings) {
 
 void addCertificates(Parameters &parameters, const Settings &settings) {
     const std::string root = settings.get("auth.sslrootcert", "");
-    if (settings.sslMode >= kVerifyCa && root.empty())
+    const bool verifies = settings.sslMode >= kVerifyCa;
+    if (verifies && root.empty())
         refuse(kUnableToConnect,
                "auth.sslmode asks for the server's certificate to be verified, and auth.sslrootcert in "
                "../conf/db.conf does not say by which authority; set it to a file of certificates");
+    // A certificate that nobody asked to verify neither refuses the server nor leads to a plain connection.
     // Files that do not exist keep libpq from those that it finds for itself.
-    parameters.emplace_back("sslrootcert", root.empty() ? "/nonexistent" : root);
+    parameters.emplace_back("sslrootcert", verifies ? root : "/nonexistent");
     parameters.emplace_back("sslcert", settings.get("auth.sslcert", "/nonexistent"));
     parameters.emplace_back("sslkey", settings.get("auth.sslkey", "/nonexistent"));
     parameters.emplace_back("sslcrl", "/nonexistent");
@@ -85,6 +87,22 @@ std::string stateIn(const std::string &words) {
     return found ? words.substr(at + mark.size(), 5) : kUnableToConnect;
 }
 
+// The words of a failed connect without the place in the server's own sources, which the verbose form brings along.
+std::string wordsOfConnect(const PGconn *connection) {
+    const std::string words = wordsOf(connection);
+    return words.substr(0, words.find(" LOCATION:"));
+}
+
+// The environment can give a session another form of dates, which all readers of text would see.
+void useIsoDates(PGconn *connection) {
+    const char *style = PQparameterStatus(connection, "DateStyle");
+    if (style == nullptr || std::string_view(style).substr(0, 3) == "ISO")
+        return;
+    const OwnedResult result(PQexec(connection, kIsoDates));
+    if (PQresultStatus(result.get()) != PGRES_COMMAND_OK)
+        throw errorOf(result.get());
+}
+
 OwnedConnection start(const Parameters &parameters) {
     std::vector<const char *> names;
     std::vector<const char *> values;
@@ -116,7 +134,7 @@ OwnedConnection openConnection(const Settings &settings) {
     PostgresPollingStatusType status = PGRES_POLLING_WRITING;
     while (status != PGRES_POLLING_OK) {
         if (PQstatus(connection.get()) == CONNECTION_BAD || status == PGRES_POLLING_FAILED) {
-            const std::string words = wordsOf(connection.get());
+            const std::string words = wordsOfConnect(connection.get());
             refuse(stateIn(words), nameOf(settings) + ": " + words);
         }
         if (!await(connection.get(), status, deadline))
@@ -125,6 +143,7 @@ OwnedConnection openConnection(const Settings &settings) {
         status = PQconnectPoll(connection.get());
     }
     PQsetErrorVerbosity(connection.get(), PQERRORS_DEFAULT);
+    useIsoDates(connection.get());
     return connection;
 }
 

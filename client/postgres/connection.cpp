@@ -2,22 +2,20 @@
 
 #include <poll.h>
 
+#include "connect.h"
 #include "error.h"
 #include "sql_text.h"
 #include "statement.h"
 
 namespace ormel::client::postgres {
 
-namespace {
-
-bool allInBinary(const PGresult *described) {
-    for (int i = 0; i < PQnfields(described); ++i)
-        if (!travelsInBinary(PQftype(described, i)))
-            return false;
-    return true;
+void PostgresConnection::learnColumns(const PGresult *result, Description &description) {
+    description.types.clear();
+    for (int i = 0; i < PQnfields(result); ++i)
+        description.types.emplace_back(PQftype(result, i), PQfmod(result, i));
+    description.binary = allInBinary(result);
+    description.columns = columns_.describe(result);
 }
-
-} // namespace
 
 Description PostgresConnection::describe(const std::string &sql, bool query) {
     Description description;
@@ -31,8 +29,7 @@ Description PostgresConnection::describe(const std::string &sql, bool query) {
     const PGresult *described = results[1].get();
     for (int i = 0; i < PQnparams(described); ++i)
         description.parameters.push_back(PQparamtype(described, i));
-    description.binary = allInBinary(described);
-    description.columns = columns_.describe(described);
+    learnColumns(described, description);
     return description;
 }
 
@@ -55,9 +52,7 @@ std::unique_ptr<Statement> PostgresConnection::prepare(const std::string &sql) {
 }
 
 void PostgresConnection::giveBack(std::string sql, Description description) noexcept {
-    const std::string dropped = statements_.give(std::move(sql), std::move(description));
-    if (!dropped.empty())
-        session_.later("DEALLOCATE " + dropped);
+    session_.dropLater(statements_.give(std::move(sql), std::move(description)));
 }
 
 // Settings, temporary tables, locks, listens and cursors of the session; what the server has prepared stays.
@@ -67,7 +62,7 @@ bool PostgresConnection::recycle() noexcept {
         if (altered_) {
             Pipeline pipeline(session_, Pipeline::Begin::no);
             for (const char *command :
-                 {"RESET SESSION AUTHORIZATION", "RESET ALL", "CLOSE ALL", "UNLISTEN *",
+                 {"RESET SESSION AUTHORIZATION", "RESET ALL", kIsoDates, "CLOSE ALL", "UNLISTEN *",
                   "SELECT pg_catalog.pg_advisory_unlock_all()", "DISCARD TEMP", "DISCARD SEQUENCES"})
                 pipeline.run(command);
             pipeline.finish();
@@ -79,12 +74,10 @@ bool PostgresConnection::recycle() noexcept {
     }
 }
 
-// The end of the connection can be read, and nothing else is said while nobody asks.
+// Nobody speaks while nobody asks: what can be read is the end of the connection, or the server's words before it.
 bool PostgresConnection::alive() noexcept {
     pollfd entry = {PQsocket(session_.raw()), POLLIN, 0};
-    if (poll(&entry, 1, 0) != 0)
-        PQconsumeInput(session_.raw());
-    return PQstatus(session_.raw()) == CONNECTION_OK && (entry.revents & (POLLERR | POLLHUP | POLLNVAL)) == 0;
+    return PQstatus(session_.raw()) == CONNECTION_OK && poll(&entry, 1, 0) == 0;
 }
 
 } // namespace ormel::client::postgres

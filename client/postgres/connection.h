@@ -23,6 +23,8 @@ public:
     Session &session() { return session_; }
     // Asks the server what it makes of a text.
     Description describe(const std::string &sql, bool query);
+    // Describes the columns of a result.
+    void learnColumns(const PGresult *result, Description &description);
     // A statement of this text is done.
     void giveBack(std::string sql, Description description) noexcept;
 

@@ -17,7 +17,8 @@ uint32_t codeOf(std::string_view state) {
 
 std::string onOneLine(std::string_view text) {
     std::string line(text);
-    std::replace(line.begin(), line.end(), '\n', ' ');
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return c == '\n' || c == '\t'; }, ' ');
     line.erase(line.find_last_not_of(' ') + 1);
     return line;
 }

@@ -107,6 +107,10 @@ Addresses resolve(const std::string &hosts, const std::string &ports, std::chron
     }
     if (first)
         refuse(kUnableToConnect, "no such host: " + hosts + "; set db.host in ../conf/db.conf");
+    // An empty list would be taken from the environment, one of two empty elements is not.
+    if (addresses.numbers.empty())
+        for (std::string *list : {&addresses.hosts, &addresses.numbers, &addresses.ports})
+            *list += "," + *list;
     return addresses;
 }
 

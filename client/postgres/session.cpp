@@ -12,6 +12,7 @@ namespace {
 constexpr char kFailedTransaction[] = "25P02";
 constexpr char kConnectionLost[] = "08006";
 constexpr char kOutcomeUnknown[] = "08007";
+constexpr char kDrop[] = "DEALLOCATE ";
 
 bool isSuccess(ExecStatusType status) {
     return status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK || status == PGRES_SINGLE_TUPLE;
@@ -23,17 +24,27 @@ void Session::failLost(const char *what) const {
     refuse(kConnectionLost, std::string(what) + ": " + wordsOf(raw()));
 }
 
+void Session::dropLater(const std::string &name) {
+    if (!name.empty())
+        later_.push_back(kDrop + name);
+}
+
 void Session::later(std::string command) noexcept {
     later_.push_back(std::move(command));
 }
 
+// What the server has prepared outlives the transaction, and so does the wish to drop it.
+void Session::forgetLater() noexcept {
+    std::erase_if(later_, [](const std::string &command) { return !command.starts_with(kDrop); });
+}
+
 void Session::endTransaction() noexcept {
-    later_.clear();
+    forgetLater();
     ++number_;
 }
 
 void Session::commit() {
-    later_.clear();
+    forgetLater();
     const PGTransactionStatusType status = PQtransactionStatus(raw());
     if (status == PQTRANS_IDLE)
         return endTransaction();
@@ -62,7 +73,7 @@ void Session::commit() {
 }
 
 void Session::rollback() {
-    later_.clear();
+    forgetLater();
     const bool open = inTransaction();
     endTransaction();
     if (!open)

@@ -24,6 +24,8 @@ public:
 
     // A command that can wait until others travel; it is forgotten when the transaction ends before that.
     void later(std::string command) noexcept;
+    // Likewise for a prepared statement that is not needed any longer, whatever becomes of the transaction.
+    void dropLater(const std::string &name);
 
     // A name that the connection has not used yet.
     std::string newName(char kind) { return kind + std::to_string(++names_); }
@@ -31,6 +33,7 @@ public:
 private:
     friend class Pipeline;
 
+    void forgetLater() noexcept;
     void endTransaction() noexcept;
     [[noreturn]] void failLost(const char *what) const;
 

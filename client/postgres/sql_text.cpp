@@ -52,21 +52,62 @@ bool isWord(char c) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || (c & 0x80) != 0;
 }
 
+// The length of a text up to and with its closing words, or all of it.
+size_t through(std::string_view text, std::string_view end, size_t from) {
+    const size_t found = text.find(end, from);
+    return found == std::string_view::npos ? text.size() : found + end.size();
+}
+
+// Of E'it\'s'.
+size_t escapedLength(std::string_view text) {
+    size_t at = 2;
+    while (at < text.size() && text[at] != '\'')
+        at += text[at] == '\\' ? 2 : 1;
+    return std::min(at + 1, text.size());
+}
+
+// Comments nest.
+size_t commentLength(std::string_view text) {
+    size_t at = 0;
+    for (size_t depth = 0; at < text.size();) {
+        const std::string_view pair = text.substr(at, 2);
+        depth = depth + (pair == "/*" ? 1 : 0) - (pair == "*/" ? 1 : 0);
+        at += pair == "/*" || pair == "*/" ? 2 : 1;
+        if (depth == 0)
+            break;
+    }
+    return at;
+}
+
+// Of $tag$ text $tag$, or of what is no quote.
+size_t dollarLength(std::string_view text) {
+    size_t tag = 1;
+    while (tag < text.size() && isWord(text[tag]))
+        ++tag;
+    const bool quotes = tag < text.size() && text[tag] == '$' && std::isdigit(static_cast<unsigned char>(text[1])) == 0;
+    return quotes ? through(text, text.substr(0, tag + 1), tag + 1) : 1;
+}
+
 // The length of what the text begins with: a quoted text, a comment, a word, or one character.
 size_t pieceLength(std::string_view text) {
-    const auto through = [&](std::string_view end, size_t from) {
-        const size_t found = text.find(end, from);
-        return found == std::string_view::npos ? text.size() : found + end.size();
-    };
+    const std::string_view pair = text.substr(0, 2);
     if (text[0] == '\'' || text[0] == '"')
-        return through(text.substr(0, 1), 1);
-    if (text.substr(0, 2) == "--")
-        return through("\n", 2);
-    if (text.substr(0, 2) == "/*")
-        return through("*/", 2);
-    if (isWord(text[0]))
-        return static_cast<size_t>(std::find_if_not(text.begin(), text.end(), isWord) - text.begin());
-    return 1;
+        return through(text, text.substr(0, 1), 1);
+    if (pair == "E'" || pair == "e'")
+        return escapedLength(text);
+    if (pair == "--")
+        return through(text, "\n", 2);
+    if (pair == "/*")
+        return commentLength(text);
+    if (text[0] == '$')
+        return dollarLength(text);
+    const auto *end = std::find_if_not(text.begin(), text.end(), [](char c) { return isWord(c) || c == '$'; });
+    return isWord(text[0]) ? static_cast<size_t>(end - text.begin()) : 1;
+}
+
+bool isBlank(std::string_view piece) {
+    return std::isspace(static_cast<unsigned char>(piece[0])) != 0 || piece.substr(0, 2) == "--" ||
+           piece.substr(0, 2) == "/*";
 }
 
 } // namespace
@@ -95,12 +136,14 @@ bool mayAlterSession(std::string_view text) {
     for (std::string_view rest = text; !rest.empty();) {
         const std::string_view piece = rest.substr(0, pieceLength(rest));
         rest.remove_prefix(piece.size());
-        if (isWord(piece[0])) {
+        if (isBlank(piece))
+            continue;
+        if (isWord(piece[0]) || piece[0] == '"') {
             before = std::exchange(word, upperCase(piece));
         } else if (piece == "(" && !word.empty() && before != "INTO" &&
                    std::find(kHarmless.begin(), kHarmless.end(), word) == kHarmless.end()) {
             return true;
-        } else if (std::isspace(static_cast<unsigned char>(piece[0])) == 0) {
+        } else {
             before.clear();
             word.clear();
         }

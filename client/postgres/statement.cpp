@@ -1,6 +1,7 @@
 #include "statement.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "error.h"
 
@@ -18,7 +19,20 @@ uint64_t affectedBy(const PGresult *result) {
 
 // Whether an error may come from a description that the table has outgrown.
 bool tellsOfOtherColumns(const Error &error) {
-    return error.message.rfind("42", 0) == 0 || error.message.rfind("0A000", 0) == 0;
+    return error.message.rfind("22", 0) == 0 || error.message.rfind("42", 0) == 0 ||
+           error.message.rfind("0A000", 0) == 0;
+}
+
+// Whether a result has the columns that were described; values are read by their types.
+bool hasColumns(const PGresult *result, const std::vector<std::pair<Oid, int>> &types) {
+    if (static_cast<size_t>(PQnfields(result)) != types.size())
+        return false;
+    for (size_t i = 0; i < types.size(); ++i) {
+        const auto column = static_cast<int>(i);
+        if (types[i] != std::pair(PQftype(result, column), PQfmod(result, column)))
+            return false;
+    }
+    return true;
 }
 
 void undoBatch(Session &session) {
@@ -55,7 +69,8 @@ uint64_t PostgresStatement::execute(const std::vector<Value> &values, uint32_t r
         if (!repeatable || !tellsOfOtherColumns(error) || PQstatus(connection_.session().raw()) != CONNECTION_OK)
             throw;
         connection_.session().rollback();
-        description_ = connection_.describe(sql_, isQuery());
+        const Description before = std::exchange(description_, connection_.describe(sql_, isQuery()));
+        connection_.session().dropLater(before.name);
         affected = run(values, readAhead);
     }
     executed_ = true;
@@ -82,18 +97,14 @@ void PostgresStatement::open(const Arguments &arguments, uint32_t readAhead) {
     cursor_ = name;
     rows_ = std::move(results[1]);
     more_ = static_cast<uint32_t>(PQntuples(rows_.get())) == readAhead;
-    const auto same = [&] {
-        if (static_cast<size_t>(PQnfields(rows_.get())) != description_.columns.size())
-            return false;
-        for (int i = 0; description_.binary && i < PQnfields(rows_.get()); ++i)
-            if (!travelsInBinary(PQftype(rows_.get(), i)))
-                return false;
-        return true;
-    };
-    if (!same()) {
+    if (hasColumns(rows_.get(), description_.types))
+        return;
+    // The table has changed since.
+    if (description_.binary && !allInBinary(rows_.get())) {
         close();
         refuse("0A000", "the columns of the table have changed since the statement was prepared; prepare it again");
     }
+    connection_.learnColumns(rows_.get(), description_);
 }
 
 uint64_t PostgresStatement::change(const Arguments &arguments) {
@@ -136,13 +147,15 @@ uint64_t PostgresStatement::sendRows(const Batch &batch, uint32_t first, uint32_
             values[column] = batch.at(row, column);
         pipeline.execute(description_.name, Arguments(description_.parameters, values), false);
     }
-    size_t failed = 0;
+    size_t failed = count; // none: the connection broke
     try {
         uint64_t affected = 0;
         for (const OwnedResult &result : pipeline.finish(&failed))
             affected += affectedBy(result.get());
         return affected;
     } catch (Error &error) {
+        if (failed == count)
+            throw;
         error.message =
             error.message.substr(0, 7) + "row " + std::to_string(first + failed) + ": " + error.message.substr(7);
         throw;

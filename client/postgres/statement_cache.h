@@ -6,6 +6,7 @@
 #include <list>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine.h"
@@ -17,7 +18,8 @@ struct Description {
     std::string name; // under which the server has it prepared; empty: a query, which is read by a cursor
     std::vector<Oid> parameters;
     std::vector<Column> columns;
-    bool binary = false; // the rows' values all have a form that is read in binary
+    std::vector<std::pair<Oid, int>> types; // of the columns, with their modifiers
+    bool binary = false;                    // the rows' values all have a form that is read in binary
 };
 
 class StatementCache {

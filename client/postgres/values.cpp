@@ -67,27 +67,55 @@ struct Cell {
     std::string_view text() const { return {data, size}; }
 };
 
+// The number of a value in binary form, which no server may shorten or lengthen.
+template <class Unsigned> Unsigned binaryOf(const Cell &cell) {
+    if (cell.size != sizeof(Unsigned))
+        misfit(cell.column, std::to_string(cell.size) + " bytes for a number");
+    return fromBigEndian<Unsigned>(cell.data);
+}
+
+int64_t booleanOf(const Cell &cell) {
+    if (cell.binary)
+        return binaryOf<uint8_t>(cell) != 0 ? 1 : 0;
+    if (cell.text() != "t" && cell.text() != "f")
+        misfit(cell.column, cell.text());
+    return cell.text() == "t" ? 1 : 0;
+}
+
 int64_t integerOf(const Cell &cell) {
+    if (cell.oid == kBoolOid)
+        return booleanOf(cell);
     if (!cell.binary)
-        return cell.oid == kBoolOid ? (cell.text() == "t" ? 1 : 0) : parse<int64_t>(cell.column, cell.text());
-    switch (cell.size) {
-    case 1:
-        return *cell.data != 0 ? 1 : 0;
-    case 2:
-        return static_cast<int16_t>(fromBigEndian<uint16_t>(cell.data));
-    case 4:
-        return cell.oid == kOidOid ? int64_t{fromBigEndian<uint32_t>(cell.data)}
-                                   : int64_t{static_cast<int32_t>(fromBigEndian<uint32_t>(cell.data))};
+        return parse<int64_t>(cell.column, cell.text());
+    switch (cell.oid) {
+    case kInt2Oid:
+        return static_cast<int16_t>(binaryOf<uint16_t>(cell));
+    case kInt4Oid:
+        return static_cast<int32_t>(binaryOf<uint32_t>(cell));
+    case kOidOid:
+        return binaryOf<uint32_t>(cell);
+    case kInt8Oid:
+        return static_cast<int64_t>(binaryOf<uint64_t>(cell));
     default:
-        return static_cast<int64_t>(fromBigEndian<uint64_t>(cell.data));
+        misfit(cell.column, "no integer");
     }
+}
+
+int32_t narrowOf(const Cell &cell) {
+    const int64_t value = integerOf(cell);
+    if (value < INT32_MIN || value > INT32_MAX)
+        misfit(cell.column, std::to_string(value));
+    return static_cast<int32_t>(value);
 }
 
 double realOf(const Cell &cell) {
     if (!cell.binary)
         return parse<double>(cell.column, cell.text());
-    return cell.size == sizeof(float) ? static_cast<double>(bitsOf<float>(fromBigEndian<uint32_t>(cell.data)))
-                                      : bitsOf<double>(fromBigEndian<uint64_t>(cell.data));
+    if (cell.oid == kFloat4Oid)
+        return static_cast<double>(bitsOf<float>(binaryOf<uint32_t>(cell)));
+    if (cell.oid == kFloat8Oid)
+        return bitsOf<double>(binaryOf<uint64_t>(cell));
+    misfit(cell.column, "no number");
 }
 
 uint8_t hexDigit(const Cell &cell, char c) {
@@ -113,7 +141,7 @@ void append(const Cell &cell, RowBuffer &rows) {
     switch (cell.column.type) {
     case kInt32:
     case kBoolean:
-        return rows.appendInt32(static_cast<int32_t>(integerOf(cell)));
+        return rows.appendInt32(narrowOf(cell));
     case kInt64:
         return rows.appendInt64(integerOf(cell));
     case kDouble:
@@ -148,6 +176,9 @@ void Arguments::add(Oid type, const Value &value, size_t position) {
     case Kind::text:
         if (isPlainText(type))
             return addBytes(value.data, value.size);
+        // Text ends at a NUL on the wire.
+        if (std::memchr(value.data, '\0', value.size) != nullptr)
+            refuse("22021", "parameter " + std::to_string(position + 1) + " holds a NUL character");
         return addText({value.data, value.size});
     case Kind::bytes:
         if (type != kByteaOid && !isPlainText(type))

@@ -3,7 +3,8 @@
 
 The server runs as the user postgres (or as oneself, without root), in a temporary directory, on a free port of the
 loopback address, with passwords and TLS on, and is stopped by its process id. The command finds it by the environment:
-ORMEL_POSTGRES_PORT, ORMEL_POSTGRES_PASSWORD, and ORMEL_POSTGRES_CERTIFICATES, a directory with root.crt.
+ORMEL_POSTGRES_PORT, ORMEL_POSTGRES_PASSWORD, and ORMEL_POSTGRES_CERTIFICATES, a directory with root.crt, the authority
+that the server's certificate for localhost comes from, foreign.crt, another one, and the server's socket.
 """
 import glob
 import os
@@ -19,7 +20,7 @@ import time
 
 SETTINGS = """
 listen_addresses = '127.0.0.1'
-unix_socket_directories = ''
+unix_socket_directories = '{certificates}'
 max_connections = 200
 fsync = off
 ssl = on
@@ -49,12 +50,13 @@ def run_as_server(directory, *command):
 
 
 def make_certificates(directory):
-    """An authority, and a certificate of it for localhost."""
+    """An authority, a certificate of it for localhost, and an authority that has nothing to do with it."""
     directory.mkdir()
     if os.geteuid() == 0:
         shutil.chown(directory, "postgres", "postgres")
     openssl = ["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2"]
-    run_as_server(directory, *openssl, "-subj", "/CN=authority", "-keyout", "root.key", "-out", "root.crt")
+    for name in ("root", "foreign"):
+        run_as_server(directory, *openssl, "-subj", f"/CN={name}", "-keyout", name + ".key", "-out", name + ".crt")
     run_as_server(directory, *openssl, "-subj", "/CN=localhost", "-addext", "subjectAltName=DNS:localhost",
                   "-addext", "basicConstraints=CA:FALSE", "-CA", "root.crt", "-CAkey", "root.key",
                   "-keyout", "server.key", "-out", "server.crt")

@@ -1,0 +1,97 @@
+#include "postgres/sql_text.h"
+
+#include <gmock/gmock.h>
+
+namespace ormel::client::postgres {
+
+TEST(PostgresText, knowsTheRoles) {
+    const std::pair<Role, std::vector<const char *>> roles[] = {
+        {Role::query, {"select 1", "(select 1)", "VALUES (1)", "table t", "with a as (select 1) select * from a"}},
+        {Role::control,
+         {"begin", "START TRANSACTION", "commit;", "end", "ROLLBACK", "abort", "savepoint a", "release a"}},
+        {Role::apart, {"vacuum", "VACUUM t"}},
+        {Role::other, {"insert into t values (1)", "create table t (a int)", "explain select 1", "selects", "", "*"}}};
+    for (const auto &[role, texts] : roles)
+        for (const char *text : texts)
+            EXPECT_EQ(roleOf(text), role) << text;
+}
+
+TEST(PostgresText, whatMayChangeRowsIsNoCursors) {
+    for (const char *text : {"select * into b from a", "select * from a for update",
+                             "with gone as (delete from a returning *) select * from gone",
+                             "with a as (insert into b values (1) returning *) select * from a"})
+        EXPECT_EQ(roleOf(text), Role::other) << text;
+    for (const char *text : {"select updated, into_x from inserts", "select my_update from t"})
+        EXPECT_EQ(roleOf(text), Role::query) << text;
+}
+
+TEST(PostgresText, rowsAreReadAndWrittenWithoutATrace) {
+    for (const char *text :
+         {"select * from t where a = $1", "select count(*), max ( a ), upper(b) from t", "delete from t",
+          "insert into t (a, b) values ($1, $2)", "insert into t(a) values ($1)", "insert into \"T\" (a) values (1)",
+          "update t set a = 1 where b in (1, 2) and (c or (d))", "select 'set_config(1)' from t",
+          "select E'it\\'s f(' from t", "select $$f(1)$$, $a$ $$f(1) $a$ from t", "select 1 -- f(1)\n from t",
+          "select 1 /* f(1) /* g(2) */ h(3) */ from t"})
+        EXPECT_FALSE(mayAlterSession(text)) << text;
+}
+
+TEST(PostgresText, whateverCallsAFunctionMayLeaveATrace) {
+    for (const char *text : {"set work_mem = '1MB'",
+                             "listen x",
+                             "create temporary table t (a int)",
+                             "prepare p as select 1",
+                             "select set_config('a', 'b', false)",
+                             "select pg_catalog.set_config('a', 'b', false)",
+                             "select pg_advisory_lock (1)",
+                             "select pg_advisory_lock\n(1)",
+                             "select pg_advisory_lock/**/(1)",
+                             "select pg_advisory_lock -- why\n (1)",
+                             "select \"set_config\"('a', 'b', false)",
+                             "insert into t values (nextval('s'))",
+                             "insert into t (a) select f(1)",
+                             "update t set a = f(b)",
+                             "select E'\\'', f('a'), ''",
+                             "select $$'$$, f('a')",
+                             "select $a$ ' $a$, f('a')",
+                             "select /* /* */ ' */ f('a')",
+                             "with a as (select 1) select * from a",
+                             ""})
+        EXPECT_TRUE(mayAlterSession(text)) << text;
+}
+
+TEST(PostgresText, theViewIsReplacedAsAWordOfItsOwn) {
+    for (const char *text : {"select * from USER_TAB_COLUMNS", "select * from user_tab_columns where 1<>1"}) {
+        const std::string replaced = withCatalogue(text);
+        EXPECT_THAT(replaced, testing::StartsWith("select * from (SELECT")) << text;
+        EXPECT_THAT(replaced, testing::HasSubstr("AS user_tab_columns")) << text;
+    }
+    const std::string twice = withCatalogue("select 'user_tab_columns' from User_Tab_Columns where 1<>1");
+    EXPECT_THAT(twice, testing::StartsWith("select 'user_tab_columns' from (SELECT"));
+    EXPECT_THAT(twice, testing::EndsWith(" where 1<>1"));
+}
+
+TEST(PostgresText, theViewStaysElsewhere) {
+    for (const char *text : {"select 1",
+                             "",
+                             "select 'USER_TAB_COLUMNS'",
+                             "select 'it''s USER_TAB_COLUMNS'",
+                             "select \"USER_TAB_COLUMNS\"",
+                             "select 1 -- USER_TAB_COLUMNS",
+                             "select 1 /* USER_TAB_COLUMNS */",
+                             "select * from MY_USER_TAB_COLUMNS",
+                             "select * from USER_TAB_COLUMNS2",
+                             "select * from user_tab_columns\xC3\xA9",
+                             "select $$USER_TAB_COLUMNS$$",
+                             "select $a$ USER_TAB_COLUMNS $a$",
+                             "select E'\\' USER_TAB_COLUMNS'",
+                             "select a$USER_TAB_COLUMNS",
+                             "select 1 /* /* */ USER_TAB_COLUMNS */",
+                             "select 'USER_TAB_COLUMNS",
+                             "select E'USER_TAB_COLUMNS\\",
+                             "select $$USER_TAB_COLUMNS",
+                             "/* USER_TAB_COLUMNS",
+                             "select \"USER_TAB_COLUMNS"})
+        EXPECT_EQ(withCatalogue(text), text);
+}
+
+} // namespace ormel::client::postgres

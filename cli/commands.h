@@ -9,8 +9,23 @@
 
 namespace cli {
 
-// Makes a home; an empty passwordFile means to ask on the terminal.
-void makeHome(const std::string &directory, const std::string &passwordFile);
+struct HomeRequest {
+    std::string directory;
+    std::string passwordFile; // empty: ask on the terminal
+    std::string engine = "sqlite";
+    std::optional<std::string> host; // these of a server alone
+    std::optional<std::string> port;
+    std::optional<std::string> dbname;
+    std::optional<std::string> user;
+    std::optional<std::string> sslMode;
+    std::optional<std::string> sslRootCert;
+};
+
+// Makes a home.
+void makeHome(const HomeRequest &request);
+
+// Connects, and prints what the database is and what it could not be asked.
+void checkDatabase();
 
 // Runs one SQL statement and commits it; prints its rows, or how many it affected.
 void runSql(const std::string &text);

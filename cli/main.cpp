@@ -18,8 +18,7 @@ enum ExitCode { kDone = 0, kFailed = 1, kWrongUse = 2 };
 // What the words of the command line fill in.
 struct Options {
     cli::Place place;
-    std::string directory;
-    std::string passwordFile;
+    cli::HomeRequest home;
     std::string text;
     std::string table;
     std::vector<std::string> where;
@@ -63,10 +62,26 @@ void addValue(CLI::App *command, const char *name, std::optional<std::string> &v
 
 Command addNew(CLI::App &app, Options &options) {
     CLI::App *words = app.add_subcommand("new", "Make a home: configuration, password, places for data and log");
-    words->add_option("DIR", options.directory, "the directory to make")->type_name("")->required();
-    words->add_option("--password-file", options.passwordFile, "take the database password from a file")
+    cli::HomeRequest &home = options.home;
+    words->add_option("DIR", home.directory, "the directory to make")->type_name("")->required();
+    words->add_option("--password-file", home.passwordFile, "take the database password from a file")
         ->type_name("FILE");
-    return {words, false, [&] { cli::makeHome(options.directory, options.passwordFile); }};
+    words->add_option("--engine", home.engine, "sqlite, embedded, or postgres, a server; else sqlite")
+        ->type_name("NAME");
+    addValue(words, "--host", home.host, "HOST", "the server, or several with commas between them");
+    addValue(words, "--port", home.port, "PORT", "the server's port; else 5432");
+    addValue(words, "--dbname", home.dbname, "NAME", "the database on the server");
+    addValue(words, "--user", home.user, "NAME", "the user of the database");
+    addValue(words, "--sslmode", home.sslMode, "MODE",
+             "DISABLED, PREFERRED, REQUIRED, VERIFY_CA or VERIFY_FULL; else PREFERRED");
+    addValue(words, "--sslrootcert", home.sslRootCert, "FILE",
+             "the authority that the server's certificate is checked against");
+    return {words, false, [&] { cli::makeHome(home); }};
+}
+
+Command addCheck(CLI::App &app, Options &) {
+    return {app.add_subcommand("check", "Connect, and tell what the database is and how far away"), true,
+            cli::checkDatabase};
 }
 
 Command addSql(CLI::App &app, Options &options) {
@@ -183,8 +198,8 @@ std::vector<Command> addCommands(CLI::App &app, Options &options) {
         ->type_name("DIR");
     app.add_option("--called-from", options.place.calledFrom)->group(""); // not for people: see enterHome
     std::vector<Command> commands;
-    for (const auto add : {addNew, addSql, addDescribe, addLoad, addCount, addShow, addGet, addDump, addPut, addSet,
-                           addDelete, addUpdate})
+    for (const auto add : {addNew, addCheck, addSql, addDescribe, addLoad, addCount, addShow, addGet, addDump, addPut,
+                           addSet, addDelete, addUpdate})
         commands.push_back(add(app, options));
     for (const Command &command : commands)
         command.words->group("Commands");

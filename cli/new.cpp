@@ -10,6 +10,7 @@
 
 #include "commands.h"
 #include "error.h"
+#include "home_settings.h"
 #include "password.h"
 #include "templates.h"
 
@@ -69,28 +70,44 @@ bool isThereAndEmpty(const fs::path &home) {
     return true;
 }
 
-void fill(HalfMade &made, const fs::path &home, const std::string &password) {
+void fill(HalfMade &made, const fs::path &home, const std::string &settings, const std::string &password) {
     for (const char *directory : {"bin", "conf", "data", "var", "var/log"})
         made.directory(home / directory);
-    made.file(home / "conf/db.conf", kDbConfTemplate, kPublic);
+    made.file(home / "conf/db.conf", settings, kPublic);
     made.file(home / "conf/log.conf", kLogConfTemplate, kPublic);
     made.file(home / "conf/db.password", password + "\n", kSecret);
 }
 
+std::string passwordFor(const HomeRequest &request) {
+    if (!request.passwordFile.empty())
+        return passwordFromFile(request.passwordFile);
+    return passwordFromTerminal(isServer(request) ? "Database password: "
+                                                  : "Database password (any, for the embedded engine): ");
+}
+
+void tellNextSteps(const HomeRequest &request, const fs::path &home) {
+    std::cout << "made " << home.string() << " with bin/, conf/, data/ and var/log/\n";
+    if (isServer(request))
+        std::cout << "the database is " << *request.dbname << " on " << *request.host << "; conf/db.conf says so\n"
+                  << "next: ormel --home " << home.string() << " check\n";
+    else
+        std::cout << "the database is an embedded one, data/ormel.db; conf/db.conf says how to name another\n"
+                  << "next: ormel --home " << home.string() << " sql \"CREATE TABLE ...\"\n";
+}
+
 } // namespace
 
-void makeHome(const std::string &directory, const std::string &passwordFile) {
-    const fs::path home = fs::path(directory).lexically_normal();
+void makeHome(const HomeRequest &request) {
+    const std::string settings = databaseSettings(request);
+    const fs::path home = fs::path(request.directory).lexically_normal();
     const bool isThere = isThereAndEmpty(home);
-    const std::string password = passwordFile.empty() ? passwordFromTerminal() : passwordFromFile(passwordFile);
+    const std::string password = passwordFor(request);
     HalfMade made;
     if (!isThere)
         made.directory(home);
-    fill(made, home, password);
+    fill(made, home, settings, password);
     made.keep();
-    std::cout << "made " << home.string() << " with bin/, conf/, data/ and var/log/\n"
-              << "the database is an embedded one, data/ormel.db; conf/db.conf says how to name another\n"
-              << "next: ormel --home " << home.string() << " sql \"CREATE TABLE ...\"\n";
+    tellNextSteps(request, home);
 }
 
 } // namespace cli

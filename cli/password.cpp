@@ -76,11 +76,11 @@ std::string passwordFromFile(const std::string &path) {
     return checked({text, size}, "the password file " + path);
 }
 
-std::string passwordFromTerminal() {
+std::string passwordFromTerminal(const std::string &words) {
     if (isatty(STDIN_FILENO) == 0)
         throw UsageError("there is no terminal to ask for the database password on; name a file that holds it with "
                          "--password-file FILE");
-    std::fputs("Database password (any, for the embedded engine): ", stderr);
+    std::fputs(words.c_str(), stderr);
     std::string text;
     {
         HiddenInput input;

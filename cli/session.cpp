@@ -47,6 +47,19 @@ bool isAboutLock(const std::string &words) {
     return lowerCase(words).find("lock") != std::string::npos;
 }
 
+// What to do when there is no connection, by the class of SQLSTATE; an embedded database has none.
+std::string connectRemedy() {
+    ORMEL_ERROR error{};
+    if (ORMEL_LastError(&error) != ORMEL_OK || error.acClass[0] == '\0')
+        return "correct that file, or make what it names; its paths begin in " + homeFile("bin");
+    const std::string state = error.acClass;
+    if (state.rfind("28", 0) == 0)
+        return "correct db.user in that file, or the password in " + homeFile("conf/db.password");
+    if (state == "3D000")
+        return "correct db.dbname in that file, or make the database on the server";
+    return "see that the server runs, and correct that file where its settings are not the server's";
+}
+
 } // namespace
 
 Session::Started::Started() {
@@ -65,8 +78,7 @@ Session::Session() : connection_(nullptr) {
         throw startFailure();
     connection_ = ORMEL_DBConnect();
     if (connection_ == nullptr)
-        throw databaseFailure("cannot open the database that " + homeFile("conf/db.conf") + " names",
-                              "correct that file, or make what it names; its paths begin in " + homeFile("bin"));
+        throw databaseFailure("cannot open the database that " + homeFile("conf/db.conf") + " names", connectRemedy());
 }
 
 Session::~Session() {

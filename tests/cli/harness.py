@@ -52,6 +52,11 @@ class DirectoryTest(unittest.TestCase):
         self.assertTrue(lines[0].startswith("ormel: "), lines[0])
         return lines[0][len("ormel: "):]
 
+    def check(self, home="home"):
+        """Runs ormel check; its exit code, what it tells by its labels, and standard error."""
+        done = self.run_ormel("--home", home, "check")
+        return done.returncode, {line[:14].strip(): line[14:] for line in done.stdout.splitlines()}, done.stderr
+
 
 class HomeTest(DirectoryTest):
     """A test with a home, in which self.ormel and self.refused run a command."""

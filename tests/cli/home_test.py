@@ -66,7 +66,7 @@ class CommandLine(HomeTest):
 
     def test_help_tells_the_commands(self):
         output = self.succeed("--help")
-        for command in ["new", "sql", "describe", "load", "count", "show", "delete", "update", "--home"]:
+        for command in ["new", "check", "sql", "describe", "load", "count", "show", "delete", "update", "--home"]:
             self.assertIn(command, output)
         self.assertNotIn("called-from", output)
         self.assertIn("--separator", self.succeed("load", "--help"))

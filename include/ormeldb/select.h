@@ -82,8 +82,8 @@ ORMEL_API uint32_t ORMEL_SelectRecByObjForTrans(ORMEL_TRANS *pstTrans, ORMEL_OBJ
  * ignores the page, which the select then keeps to. The result's descriptor is the whole table's, so with a select
  * list use its functions by position.
  *
- * Returns as above, 211 when the count fails. Where a row behind the first PREFETCH_ROWS cannot be read, the rows before
- * it are returned with 0, and the log has "qdc_fetch failed": a caller who must know counts once more.
+ * Returns as above, 211 when the count fails. Where a row behind the first PREFETCH_ROWS cannot be read, the rows
+ * before it are returned with 0, and the log has "qdc_fetch failed": a caller who must know counts once more.
  */
 ORMEL_API uint32_t ORMEL_SelectBatchRecForConn(void *pConn, ORMEL_OBJECT *pstObj, ORMEL_SELECT_RESULT *pstResult);
 ORMEL_API uint32_t ORMEL_SelectBatchRecByObj(ORMEL_OBJECT *pstObj, ORMEL_SELECT_RESULT *pstResult);

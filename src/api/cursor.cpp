@@ -140,8 +140,8 @@ uint32_t ORMEL_FetchSelectRecEx(ORMEL_TRANS *pstTrans, ORMEL_SELECT_RESULT *pstR
     if (row.code != ORMEL_OK)
         return row.code;
     const uint32_t code = delivered(*row.res);
-    ORMEL_SelectResultSet(pstResult, ORMEL_TransGetResAtt(pstTrans), row.res.get(), row.res->uiRowCount);
-    row.res.release();
+    DB_RESULT *rows = row.res.release();
+    ORMEL_SelectResultSet(pstResult, ORMEL_TransGetResAtt(pstTrans), rows, rows->uiRowCount);
     return code;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <list>
 #include <mutex>
@@ -27,18 +28,20 @@ struct Idle {
     std::unique_ptr<Connection> connection;
 };
 
-// Connections that a fork has copied. They are neither used nor closed, and stay reachable.
-alignas(std::list<Idle>) unsigned char g_inherited[sizeof(std::list<Idle>)];
-
-// Of one process: what a child inherits is its parent's.
+// Of one process, for as long as that lives: what a child inherits is its parent's, and neither used nor closed.
 class Pool {
 public:
-    ~Pool() {
-        if (!isOfThisProcess())
-            new (g_inherited) std::list<Idle>(std::move(idle_));
-    }
+    explicit Pool(Pool *inherited) : inherited_(inherited) {}
 
     bool isOfThisProcess() const { return getpid() == process_; }
+
+    // The process ends: nothing is kept from now on.
+    void close() {
+        std::list<Idle> closed;
+        const std::lock_guard lock(mutex_);
+        isClosed_ = true;
+        closed.swap(idle_);
+    }
 
     std::unique_ptr<Connection> take(const Settings &settings) {
         const auto directory = std::filesystem::current_path();
@@ -56,6 +59,8 @@ public:
         added.push_back({settings, std::filesystem::current_path(), Clock::now(), std::move(connection)});
         std::list<Idle> closed; // when the lock is free again
         const std::lock_guard lock(mutex_);
+        if (isClosed_)
+            return;
         idle_.splice(idle_.begin(), added);
         while (idle_.size() > most || Clock::now() - idle_.back().since > kLongestIdle)
             closed.splice(closed.end(), idle_, std::prev(idle_.end()));
@@ -78,21 +83,28 @@ private:
     }
 
     const pid_t process_ = getpid();
+    Pool *const inherited_; // stays reachable
     std::mutex mutex_;
+    bool isClosed_ = false;
     std::list<Idle> idle_; // the one used last in front
 };
 
 std::atomic<Pool *> g_pool;
 
-// Made when the first connection is kept, and so after what connections need: it is closed before that at the exit.
+void closeAtExit() {
+    Pool *known = g_pool.load();
+    if (known != nullptr && known->isOfThisProcess())
+        known->close();
+}
+
+// Made when the first connection is kept, and so after what connections need: at the exit it is closed before that.
 Pool &pool() {
-    static Pool first;
     Pool *known = g_pool.load();
     if (known != nullptr && known->isOfThisProcess())
         return *known;
-    Pool *made = first.isOfThisProcess() ? &first : new Pool();
-    g_pool = made;
-    return *made;
+    [[maybe_unused]] static const int closing = std::atexit(closeAtExit);
+    auto made = std::make_unique<Pool>(known);
+    return g_pool.compare_exchange_strong(known, made.get()) ? *made.release() : *known;
 }
 
 size_t most(const Settings &settings) {

@@ -1,5 +1,6 @@
 #include "connect.h"
 
+#include <cerrno>
 #include <chrono>
 #include <poll.h>
 #include <string>
@@ -66,6 +67,9 @@ Parameters parametersOf(const Settings &settings, const Addresses &addresses) {
                              {"channel_binding", "prefer"},
                              {"target_session_attrs", "read-write"},
                              {"keepalives_idle", "60"},
+                             {"keepalives_interval", "10"},
+                             {"keepalives_count", "3"},
+                             {"tcp_user_timeout", "90000"},
                              {"replication", "false"}};
     addCertificates(parameters, settings);
     return parameters;
@@ -74,8 +78,12 @@ Parameters parametersOf(const Settings &settings, const Addresses &addresses) {
 // Waits until the connection's socket can be read or written; false when the time is over.
 bool await(const PGconn *connection, PostgresPollingStatusType wanted, Clock::time_point deadline) {
     pollfd entry = {PQsocket(connection), static_cast<short>(wanted == PGRES_POLLING_READING ? POLLIN : POLLOUT), 0};
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    return left > 0 && poll(&entry, 1, static_cast<int>(left)) != 0;
+    int ready = 0;
+    do { // a signal is no answer
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        ready = left > 0 ? poll(&entry, 1, static_cast<int>(left)) : 0;
+    } while (ready < 0 && errno == EINTR);
+    return ready != 0;
 }
 
 // The SQLSTATE in words like "FATAL:  28P01: password authentication failed".

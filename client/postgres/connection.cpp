@@ -43,6 +43,9 @@ std::unique_ptr<Statement> PostgresConnection::prepare(const std::string &sql) {
         refuse("0A000", firstWord(text) +
                             " cannot be run as a statement: transactions begin by themselves and end by the "
                             "connection's commit and rollback");
+    if (firstWord(text) == "COPY" && (hasWord(text, "STDIN") || hasWord(text, "STDOUT")))
+        refuse("0A000",
+               "COPY from or to the client cannot be run as a statement; use a file of the server's, or a batch");
     std::string whole = withCatalogue(std::string(text));
     std::optional<Description> known = statements_.take(whole);
     const bool fresh = !known.has_value();
@@ -55,17 +58,19 @@ void PostgresConnection::giveBack(std::string sql, Description description) noex
     session_.dropLater(statements_.give(std::move(sql), std::move(description)));
 }
 
-// Settings, temporary tables, locks, listens and cursors of the session; what the server has prepared stays.
+// Settings, temporary tables, locks, listens, cursors and prepared statements of the session.
 bool PostgresConnection::recycle() noexcept {
     try {
         session_.rollback();
         if (altered_) {
+            session_.forgetLater();
             Pipeline pipeline(session_, Pipeline::Begin::no);
             for (const char *command :
-                 {"RESET SESSION AUTHORIZATION", "RESET ALL", kIsoDates, "CLOSE ALL", "UNLISTEN *",
+                 {"DEALLOCATE ALL", "RESET SESSION AUTHORIZATION", "RESET ALL", kIsoDates, "CLOSE ALL", "UNLISTEN *",
                   "SELECT pg_catalog.pg_advisory_unlock_all()", "DISCARD TEMP", "DISCARD SEQUENCES"})
                 pipeline.run(command);
             pipeline.finish();
+            statements_ = StatementCache(); // what was prepared is gone, be it the user's or the engine's own
         }
         altered_ = false;
         return PQstatus(session_.raw()) == CONNECTION_OK && !session_.inTransaction();

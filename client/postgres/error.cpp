@@ -43,7 +43,7 @@ Error errorOf(const PGresult *result) {
     if (const std::string hint = field(result, PG_DIAG_MESSAGE_HINT); !hint.empty())
         words += "; " + hint;
     const std::string state = field(result, PG_DIAG_SQLSTATE);
-    return makeError(state.empty() ? "XX000" : state, words);
+    return makeError(state.empty() ? kNoState : state, words);
 }
 
 std::string wordsOf(const PGconn *connection) {

@@ -12,6 +12,9 @@ namespace ormel::client::postgres {
 // An error under a SQLSTATE. Its number is the SQLSTATE where that is all digits, else 99999.
 Error makeError(std::string_view state, std::string_view words);
 
+// Stands for the SQLSTATE of words that came without one.
+inline constexpr char kNoState[] = "XX000";
+
 // What a result says that is no success.
 Error errorOf(const PGresult *result);
 

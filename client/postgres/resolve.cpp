@@ -58,7 +58,12 @@ struct LookUp {
 std::vector<std::string> lookUpUntil(const std::string &host, std::chrono::steady_clock::time_point deadline) {
     auto work = std::make_shared<LookUp>();
     std::thread([work, host] {
-        std::vector<std::string> numbers = lookUp(host);
+        std::vector<std::string> numbers;
+        try {
+            numbers = lookUp(host);
+        } catch (const std::bad_alloc &) {
+            numbers.clear(); // as if it were not found
+        }
         const std::lock_guard lock(work->mutex);
         work->numbers = std::move(numbers);
         work->done.notify_one();

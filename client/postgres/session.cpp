@@ -33,19 +33,27 @@ void Session::later(std::string command) noexcept {
     later_.push_back(std::move(command));
 }
 
-// What the server has prepared outlives the transaction, and so does the wish to drop it.
 void Session::forgetLater() noexcept {
+    later_.clear();
+}
+
+// What the server has prepared outlives the transaction, and so does the wish to drop it.
+void Session::forgetLaterOfTransaction() noexcept {
     std::erase_if(later_, [](const std::string &command) { return !command.starts_with(kDrop); });
 }
 
 void Session::endTransaction() noexcept {
-    forgetLater();
+    forgetLaterOfTransaction();
     ++number_;
 }
 
 void Session::commit() {
-    forgetLater();
+    forgetLaterOfTransaction();
     const PGTransactionStatusType status = PQtransactionStatus(raw());
+    if (PQstatus(raw()) == CONNECTION_BAD) {
+        endTransaction();
+        refuse(kConnectionLost, "nothing was committed: the connection was lost before");
+    }
     if (status == PQTRANS_IDLE)
         return endTransaction();
     if (status == PQTRANS_INERROR) {
@@ -73,7 +81,7 @@ void Session::commit() {
 }
 
 void Session::rollback() {
-    forgetLater();
+    forgetLaterOfTransaction();
     const bool open = inTransaction();
     endTransaction();
     if (!open)
@@ -89,11 +97,20 @@ Pipeline::Pipeline(Session &session, Begin begin) : session_(session) {
         done_ = true;
         session.failLost("the connection cannot be used");
     }
+    try {
+        this->begin(status, begin);
+    } catch (...) {
+        drain();
+        throw;
+    }
+}
+
+void Pipeline::begin(PGTransactionStatusType status, Begin begin) {
     if (begin == Begin::yes && status == PQTRANS_IDLE)
         run("BEGIN");
     if (status == PQTRANS_INERROR) // what waits would be refused, and says nothing to the caller
         return;
-    for (const std::string &command : std::exchange(session.later_, {}))
+    for (const std::string &command : std::exchange(session_.later_, {}))
         run(command);
     before_ = commands_;
 }
@@ -148,16 +165,17 @@ OwnedResult Pipeline::next() {
 std::vector<OwnedResult> Pipeline::finish(size_t *failed) {
     if (PQpipelineSync(session_.raw()) != 1)
         session_.failLost("the commands cannot be sent");
+    synced_ = true;
     std::vector<OwnedResult> results;
     std::optional<Error> error;
+    size_t first = 0; // that failed
     for (size_t i = 0; i < commands_; ++i) {
         OwnedResult result = next();
         const ExecStatusType status = PQresultStatus(result.get());
         if (!error && !isSuccess(status)) {
             error =
                 status == PGRES_EMPTY_QUERY ? makeError("42601", "the text holds no statement") : errorOf(result.get());
-            if (failed != nullptr)
-                *failed = i < before_ ? 0 : i - before_;
+            first = i;
         }
         if (i >= before_)
             results.push_back(std::move(result));
@@ -165,8 +183,11 @@ std::vector<OwnedResult> Pipeline::finish(size_t *failed) {
     const OwnedResult end(PQgetResult(session_.raw())); // of the pipeline
     PQexitPipelineMode(session_.raw());
     done_ = true;
-    if (PQstatus(session_.raw()) == CONNECTION_BAD && !error)
+    const bool lost = PQstatus(session_.raw()) == CONNECTION_BAD;
+    if (lost && (!error || error->message.starts_with(kNoState)))
         session_.failLost("the connection broke");
+    if (error && !lost && first >= before_ && failed != nullptr)
+        *failed = first - before_;
     if (error)
         throw *std::move(error);
     return results;
@@ -175,7 +196,8 @@ std::vector<OwnedResult> Pipeline::finish(size_t *failed) {
 // Takes what was sent and never asked for off the wire.
 void Pipeline::drain() noexcept {
     PGconn *raw = session_.raw();
-    PQpipelineSync(raw);
+    if (!synced_)
+        PQpipelineSync(raw);
     for (int empty = 0; empty < 2 && PQstatus(raw) == CONNECTION_OK;) {
         const OwnedResult result(PQgetResult(raw));
         empty = result == nullptr ? empty + 1 : 0;

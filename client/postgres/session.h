@@ -27,13 +27,16 @@ public:
     // Likewise for a prepared statement that is not needed any longer, whatever becomes of the transaction.
     void dropLater(const std::string &name);
 
-    // A name that the connection has not used yet.
-    std::string newName(char kind) { return kind + std::to_string(++names_); }
+    // Forgets all of what waits: the session is being cleaned.
+    void forgetLater() noexcept;
+
+    // A name that the connection has not used yet, and that no user is likely to think of.
+    std::string newName(char kind) { return std::string("ormel_") + kind + std::to_string(++names_); }
 
 private:
     friend class Pipeline;
 
-    void forgetLater() noexcept;
+    void forgetLaterOfTransaction() noexcept;
     void endTransaction() noexcept;
     [[noreturn]] void failLost(const char *what) const;
 
@@ -67,12 +70,14 @@ public:
 
 private:
     void sent(int accepted);
+    void begin(PGTransactionStatusType status, Begin begin);
     OwnedResult next();
     void drain() noexcept;
 
     Session &session_;
     size_t before_ = 0;   // commands of the session's own
     size_t commands_ = 0; // all of them
+    bool synced_ = false; // the end was sent
     bool done_ = false;
 };
 

@@ -129,7 +129,8 @@ Role roleOf(std::string_view text) {
 
 bool mayAlterSession(std::string_view text) {
     const std::string first = firstWord(text);
-    if (std::find(kRowWords.begin(), kRowWords.end(), first) == kRowWords.end())
+    const bool makesTable = first == "SELECT" && hasWord(text, "INTO");
+    if (makesTable || std::find(kRowWords.begin(), kRowWords.end(), first) == kRowWords.end())
         return true;
     std::string word;   // the one before
     std::string before; // and the one before that

@@ -38,6 +38,7 @@ bool hasColumns(const PGresult *result, const std::vector<std::pair<Oid, int>> &
 void undoBatch(Session &session) {
     Pipeline pipeline(session, Pipeline::Begin::no);
     pipeline.run("ROLLBACK TO SAVEPOINT ormel_batch");
+    pipeline.run("RELEASE SAVEPOINT ormel_batch");
     pipeline.finish();
 }
 
@@ -45,7 +46,10 @@ void undoBatch(Session &session) {
 
 PostgresStatement::~PostgresStatement() {
     close();
-    connection_.giveBack(std::move(sql_), std::move(description_));
+    if (stale_)
+        connection_.session().dropLater(description_.name);
+    else
+        connection_.giveBack(std::move(sql_), std::move(description_));
 }
 
 void PostgresStatement::close() noexcept {
@@ -66,8 +70,11 @@ uint64_t PostgresStatement::execute(const std::vector<Value> &values, uint32_t r
     try {
         affected = run(values, readAhead);
     } catch (const Error &error) {
-        if (!repeatable || !tellsOfOtherColumns(error) || PQstatus(connection_.session().raw()) != CONNECTION_OK)
+        const bool outgrown = !fresh_ && tellsOfOtherColumns(error);
+        if (!repeatable || !outgrown || PQstatus(connection_.session().raw()) != CONNECTION_OK) {
+            stale_ = outgrown;
             throw;
+        }
         connection_.session().rollback();
         const Description before = std::exchange(description_, connection_.describe(sql_, isQuery()));
         connection_.session().dropLater(before.name);
@@ -128,13 +135,16 @@ uint64_t PostgresStatement::executeBatch(const Batch &batch) {
     try {
         for (uint32_t first = 0; first < batch.rows(); first += kRowsOnTheWay)
             affected += sendRows(batch, first, std::min(kRowsOnTheWay, batch.rows() - first));
-    } catch (...) {
+    } catch (const Error &error) {
+        stale_ = !fresh_ && tellsOfOtherColumns(error);
         // A row that the server refused has failed the transaction; one that was never sent has not.
         if (PQtransactionStatus(connection_.session().raw()) == PQTRANS_INTRANS)
             undoBatch(connection_.session());
         throw;
     }
+    connection_.session().later("RELEASE SAVEPOINT ormel_batch");
     executed_ = true;
+    fresh_ = false;
     return affected;
 }
 

@@ -34,7 +34,8 @@ private:
     std::string sql_;
     Role role_;
     Description description_;
-    bool fresh_; // the description is not older than this statement
+    bool fresh_;         // the description is not older than this statement
+    bool stale_ = false; // the table has outgrown it: nobody is to have it next
     bool executed_ = false;
     std::string cursor_; // its name, where one is open
     uint64_t transactionNumber_ = 0;

@@ -109,6 +109,8 @@ int32_t narrowOf(const Cell &cell) {
 }
 
 double realOf(const Cell &cell) {
+    if (!cell.binary && cell.oid == kFloat4Oid) // the same number as in binary form
+        return static_cast<double>(parse<float>(cell.column, cell.text()));
     if (!cell.binary)
         return parse<double>(cell.column, cell.text());
     if (cell.oid == kFloat4Oid)

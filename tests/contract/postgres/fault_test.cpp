@@ -179,8 +179,7 @@ TEST_P(FaultTest, ASetThatIsCutOffInTheMiddleLeavesNothing) {
         Connection db = connect();
         fill(db, 5000, 5000);
         EXPECT_FAILS(insertMany(db, numbersTo(3000)));
-        EXPECT_THAT(db.error(),
-                    AnyOf(StartsWith("57P01: row 1499: terminating connection"), StartsWith("08006: the ")));
+        EXPECT_THAT(db.error(), AnyOf(StartsWith("57P01: terminating connection"), StartsWith("08006: the ")));
         EXPECT_FAILS(qdc_commit(db));
     }
     Connection db = connect();

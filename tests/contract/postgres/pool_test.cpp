@@ -70,6 +70,73 @@ TEST_P(ServerPoolTest, SettingsLocksAndListensGoWithTheirUser) {
     EXPECT_EQ(setting(db, "lock_timeout"), "5s") << "what the client set when it connected stays";
 }
 
+TEST_P(ServerPoolTest, WhatAUserPreparedOrDroppedGoesWithThem) {
+    const std::string insert = "insert into t (id, v) values (:1, :2)";
+    Connection keeper = connect();
+    makeTable(keeper);
+    for (int user = 0; user < 3; ++user) {
+        Connection db = connect();
+        EXPECT_EQ(db.run(insert, user, "x"), 1U);
+        db.run("prepare mine as select 1");
+        if (user == 1)
+            db.run("deallocate all");
+        db.commit();
+    }
+    EXPECT_EQ(count(keeper), 3);
+}
+
+TEST_P(ServerPoolTest, ATableMadeByASelectGoesWithItsUser) {
+    {
+        Connection db = connect();
+        makeTable(db, 2);
+        db.run("select id into temp scratch from t");
+        db.commit();
+    }
+    Connection db = connect();
+    EXPECT_THAT(db.refusal("select * from scratch"), testing::HasSubstr("scratch"));
+}
+
+// A batch of a text that was prepared before its table changed.
+TEST_P(ServerPoolTest, BatchesFollowTheirTables) {
+    const char *sql = "insert into t (id, v) values (:1, :2)";
+    Connection keeper = connect();
+    keeper.run("create table t (id integer, v varchar(20))");
+    keeper.commit();
+    const auto batch = [&](Connection &db) {
+        Statement insert(db, sql);
+        const int32_t ids[] = {1, 2};
+        const uint16_t idLengths[] = {4, 4};
+        const char texts[] = "10\0\00020\0\0";
+        const uint16_t textLengths[] = {2, 2};
+        insert.rows(2);
+        insert.bind(0, kInteger, ids, 4, idLengths);
+        insert.bind(1, kVarchar, texts, 4, textLengths);
+        return qdc_execute(insert);
+    };
+    for (int i = 0; i < 100; ++i) { // savepoints of earlier batches are no burden of later ones
+        Connection db = connect();
+        EXPECT_OK(db, batch(db));
+        db.commit();
+    }
+    keeper.run("alter table t alter column v type numeric using v::numeric");
+    keeper.commit();
+    int failed = 0;
+    for (int i = 0; i < 3; ++i) {
+        Connection db = connect();
+        failed += batch(db) != 0 ? 1 : 0;
+        qdc_commit(db);
+    }
+    EXPECT_LE(failed, 1);
+}
+
+TEST_P(ServerPoolTest, CopyingFromTheClientIsRefused) {
+    Connection db = connect();
+    makeTable(db);
+    for (const char *sql : {"copy t from stdin", "copy t to stdout", "COPY (select 1) TO STDOUT"})
+        EXPECT_THAT(db.refusal(sql), testing::HasSubstr("COPY")) << sql;
+    EXPECT_EQ(count(db), 0);
+}
+
 TEST_P(ServerPoolTest, AConnectionThatTheServerEndedIsNotGivenOn) {
     const std::string ended = processOfOne();
     {

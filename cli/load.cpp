@@ -80,7 +80,19 @@ public:
     uint64_t loaded() const { return loaded_; }
 
 private:
+    // A commit whose answer never came may have happened.
+    bool isUnknown() const {
+        ORMEL_ERROR error{};
+        return committing_ > 0 && ORMEL_LastError(&error) == ORMEL_OK && std::string(error.acClass) == "08007";
+    }
+
     std::string fate() const {
+        if (isUnknown())
+            return "; whether the last " + rows(committing_) +
+                   " were committed is not known: look before going on with "
+                   "--skip " +
+                   std::to_string(plan_.skip + taken_) + " or --skip " +
+                   std::to_string(plan_.skip + taken_ + committing_);
         if (taken_ == 0)
             return "; nothing was loaded";
         return "; loaded and kept: " + rows(loaded_) + "; when that is mended, go on with --skip " +
@@ -109,7 +121,9 @@ private:
             taken += batch.size();
             progress.show(reader_.read(), taken_ + taken);
         }
+        committing_ = taken;
         transaction.commit();
+        committing_ = 0;
         taken_ += taken;
         loaded_ += loaded;
         return more;
@@ -159,6 +173,7 @@ private:
     std::vector<uint64_t> lines_; // of the batch's records
     uint64_t taken_ = 0;          // counted at the commit, as are the rows
     uint64_t loaded_ = 0;
+    uint64_t committing_ = 0; // records that a commit is under way for
 };
 
 } // namespace

@@ -45,9 +45,9 @@
 #define ORMEL_ERR_CHECK 98u           /* a request object fails its check */
 #define ORMEL_ERR_OBJ_TABLE 125u      /* object forms: the table's descriptor could not be obtained */
 #define ORMEL_ERR_NO_RESULT 211u      /* no connection, or the statement gave no result */
-#define ORMEL_ERR_TABLE 255u          /* the table's descriptor could not be obtained */
+#define ORMEL_ERR_TABLE 255u          /* no descriptor of the table; selects into results: also no result */
 #define ORMEL_END_OF_DATA 0x202A0056u /* a cursor has no more rows */
-#define ORMEL_INVALID 0xFFFFFFFFu     /* configuration unreadable, slot table full, refused copy, failed look-up */
+#define ORMEL_INVALID 0xFFFFFFFFu     /* configuration unreadable, slot table full, failed look-up, and more */
 
 /* --- Client type ids ------------------------------------------------------------------------------------------- */
 

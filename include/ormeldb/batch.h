@@ -61,7 +61,8 @@ ORMEL_API void ORMEL_Multi_object_UnInit(ORMEL_MULTI_OBJECT *pstMulti);
  * Returns 0; 97 when a pointer is NULL; 125 when the table cannot be described; 255 when there are no objects; 98, with
  * an ERROR line, when an object is refused (see ORMEL_ObjectCheck), does not list the first one's columns in their
  * order or has a value of more than 65534 bytes in a column that is no large object, before anything is sent; 211 when
- * there is no connection or the statement fails: the log tells row, from 0, and column, and no row is inserted; the
+ * there is no connection, the first object has no items or the statement fails: no row is inserted, and the log tells
+ * the row, from 0, in the database's words, which name its column where it is known; the
  * plain one also what a refused commit returned. Beware: 0 is returned as well when the memory for the columns' arrays
  * cannot be had, with an ERROR line, and nothing is inserted.
  */
@@ -73,7 +74,7 @@ ORMEL_API uint32_t ORMEL_PatchInsertRecFormObjForTrans(ORMEL_TRANS *pstTrans, OR
 
 /*
  * A batch of iItemNum columns, those of the first object's first items, which were checked, with arrays for the
- * container's rows. NULL: a negative number of columns, more than 32 or more than the first object has checked, or,
+ * container's rows. NULL: less than 0 columns, more than 32 or more than the first object has checked, or,
  * with an ERROR line, no memory. Sizes are counted in 32 bits: larger ones end the process. Free it with
  * ORMEL_BatchInsert_Para_Free.
  */

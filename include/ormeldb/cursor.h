@@ -8,7 +8,8 @@
  *     ORMEL_SELECT_RESULT row = {0};
  *     uint32_t code;
  *     while ((code = ORMEL_FetchSelectRecEx(cursor, &row)) == ORMEL_OK) {
- *         puts(ORMEL_ResultStrGet(&row, 0, "name"));
+ *         const char *name = ORMEL_ResultStrGet(&row, 0, "name");
+ *         puts(name != NULL ? name : "(NULL)");
  *         ORMEL_SelectResultClearForFetch(&row);       // never ORMEL_SelectResultClear
  *     }
  *     ORMEL_SelectResultClearForFetch(&row);           // the end of data has an empty result
@@ -17,7 +18,8 @@
  *         report(code);
  *
  * There are sixteen slots in a process, shared with explicit transactions. A slot is used by one thread at a time;
- * other statements may run on its connection between two fetches.
+ * other statements may run on its connection between two fetches. What they change in the table that is being read may
+ * be seen or not, and a commit or rollback of that connection ends the reading with an error.
  */
 #ifndef ORMELDB_CURSOR_H
 #define ORMELDB_CURSOR_H
@@ -49,7 +51,8 @@ ORMEL_API ORMEL_TRANS *ORMEL_BeginSelectSpecifyField(ORMEL_OBJECT *pstObj, const
 ORMEL_API uint32_t dbBeginFetchSpecifyField(ORMEL_TRANS *pstTrans, ORMEL_OBJECT *pstObj);
 
 /*
- * Fetches the next row as the buffer's first record, in the way of ORMEL_CreatDsbufByRes; usRecNum is then 1.
+ * Fetches the next row as the buffer's first record, in the way of ORMEL_CreatDsbufByRes; usRecNum is then 1 (0 where
+ * pucData is NULL).
  *
  * Returns 0; 0x202A0056 at the end of data, with usRecNum 0; 97 when a pointer is NULL; 211 when the row cannot be
  * read; 255, with an ERROR line, when the slot has no connection, statement or descriptor.

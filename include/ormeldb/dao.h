@@ -96,7 +96,7 @@ typedef struct DB_FIELD {
     uint16_t usType;              /* client type id */
     uint16_t usReserved;          /* 0 */
     uint32_t uiIsType4;           /* 1 when the type id is 4 */
-    uint32_t uiLength;            /* bytes of the value, a text's NUL included; 0 for SQL NULL */
+    uint32_t uiLength;            /* bytes of the value, a text's NUL included, a CLOB's not; 0 for SQL NULL */
     void *pValue;                 /* the value, owned by the cell; NULL for SQL NULL */
 } DB_FIELD;
 

@@ -3,7 +3,7 @@
  *
  * An object names a table, up to 32 values and up to 32 columns to select. Whether its values are written or compared
  * is decided by the operation that it is given to: ORMEL_InsertRecFormObj writes them, ORMEL_SelectRecByObj selects the
- * rows that equal all of them. Order matters nowhere but in the select list.
+ * rows that equal all of them. Order matters in the select list, and between the objects of a batch.
  *
  *     ORMEL_OBJECT part = {0};                          // zeroed before the first use, always
  *     ORMEL_ObjectNameSet(&part, "parts");
@@ -96,7 +96,10 @@ ORMEL_API char *ORMEL_ObjectNameGetForMulti(ORMEL_MULTI_OBJECT *pstMulti);
  * the object with 98: set a BIGINT with Int64Set, an INTEGER with one of the narrower ones, a DOUBLE as its 8 bytes.
  */
 
-/* Copies iLen bytes: any column. A text set so carries no terminator and ends at its first NUL or at iLen. */
+/*
+ * Copies iLen bytes: any column. A text set so carries no terminator and ends at its first NUL or at iLen. An empty
+ * byte string is set by ORMEL_ObjectStrSet with "".
+ */
 ORMEL_API uint32_t ORMEL_ObjectBinarySet(ORMEL_OBJECT *pstObj, const char *pcName, const void *pValue, int32_t iLen);
 /* Store 4 bytes, the value with its sign: columns of client type 1 and 25. */
 ORMEL_API uint32_t ORMEL_ObjectInt8Set(ORMEL_OBJECT *pstObj, const char *pcName, int8_t cValue);

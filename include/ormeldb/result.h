@@ -19,10 +19,10 @@
  * a thread remembers where it found the names that it used last, so that this costs the same in a narrow table and in a
  * wide one. docs/performance.md compares them with the functions by position.
  *
- * NULL, empty and unknown are told apart so: of an empty text the getters give the address of "" and the length 1, of
- * an empty byte string an address and the length 0; of SQL NULL they give NULL and the length 0, and so they do of a
- * column, row or position that the result does not have: ask ORMEL_GetFieldIdByNameFromResAttr whether a column is
- * known.
+ * NULL, empty and unknown are told apart so: of an empty text the getters give the address of "" and the length 1 (of
+ * an empty CLOB, 0), of an empty byte string an address and the length 0; of SQL NULL they give NULL and the length 0,
+ * and so they do of a column, row or position that the result does not have: ask ORMEL_GetFieldIdByNameFromResAttr
+ * whether a column is known.
  */
 #ifndef ORMELDB_RESULT_H
 #define ORMELDB_RESULT_H
@@ -46,7 +46,8 @@ typedef struct ORMEL_SELECT_RESULT {
  * has, whatever room there is at pOut.
  *
  * Returns 0; 97 when a pointer is NULL; 5, with an ERROR line and nothing stored, when the column is unknown, the row
- * does not exist or the value is NULL; 69, with an ERROR line, when the value has no bytes.
+ * does not exist or the value is NULL; 69, with an ERROR line, when the value has no bytes (types 1 and 25: 0 is
+ * stored).
  */
 ORMEL_API uint32_t ORMEL_ResultNumberGet(const ORMEL_SELECT_RESULT *pstResult, uint32_t uiRow, const char *pcFieldName,
                                          void *pOut, uint32_t uiType);
@@ -73,8 +74,8 @@ ORMEL_API uint32_t ORMEL_ResultInt64Get(const ORMEL_SELECT_RESULT *pstResult, ui
 
 /*
  * The address of a value, NULL for SQL NULL and for what is not there; nothing is logged. Texts end with a NUL, which
- * their length counts; a CLOB's is not counted. By position, and by name; all by position are one function under four
- * names, and so are all by name.
+ * their length counts; a CLOB's is not counted. By position, and by name; the four by position are one function, and
+ * the five by name another.
  */
 ORMEL_API void *ORMEL_ResultBinaryGetByPos(const ORMEL_SELECT_RESULT *pstResult, uint32_t uiRow, int32_t iPos);
 ORMEL_API char *ORMEL_ResultTextGetByPos(const ORMEL_SELECT_RESULT *pstResult, uint32_t uiRow, int32_t iPos);
@@ -133,7 +134,7 @@ ORMEL_API uint32_t ORMEL_ResultDiffFieldsGet(const ORMEL_SELECT_RESULT *pstA, co
 /* Stores the three members; what was there before is not freed. NULL: nothing. */
 ORMEL_API void ORMEL_SelectResultSet(ORMEL_SELECT_RESULT *pstResult, ORMEL_RES_ATT *pstResAtt, DB_RESULT *pstRes,
                                      uint32_t uiRecNum);
-/* Gives the descriptor back, frees the rows and zeroes the result. Twice is harmless, and so is NULL. */
+/* Gives the descriptor back, frees the rows and zeroes the result; before ORMEL_UnInit. Twice is harmless, and NULL. */
 ORMEL_API void ORMEL_SelectResultClear(ORMEL_SELECT_RESULT *pstResult);
 /* The same for a row that a cursor fetched: its descriptor belongs to the slot and stays in the result. */
 ORMEL_API void ORMEL_SelectResultClearForFetch(ORMEL_SELECT_RESULT *pstResult);

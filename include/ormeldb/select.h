@@ -79,8 +79,8 @@ ORMEL_API uint32_t ORMEL_SelectRecByObjForTrans(ORMEL_TRANS *pstTrans, ORMEL_OBJ
 
 /*
  * The same, counted first: all rows, however many, up to the number there were when they were counted. The count
- * ignores the page, which the select then keeps to. The result's descriptor is the whole table's, so with a select
- * list use its functions by position.
+ * ignores the page, which the select then keeps to, and room is made for every row that was counted. The result's
+ * descriptor is the whole table's, so with a select list use its functions by position.
  *
  * Returns as above, 211 when the count fails. Where a row behind the first PREFETCH_ROWS cannot be read, the rows
  * before it are returned with 0, and the log has "qdc_fetch failed": a caller who must know counts once more.
@@ -90,9 +90,9 @@ ORMEL_API uint32_t ORMEL_SelectBatchRecByObj(ORMEL_OBJECT *pstObj, ORMEL_SELECT_
 
 /*
  * Copies the records of a result from uiStartIndex on into a record buffer: as many as its usRecNum says, each
- * usRecLen bytes, into pucData, which must hold them all. Returns 0; 97 when a pointer is NULL or the result has no
- * descriptor or no rows; 1, with an ERROR line, when usRecLen is not the length of the descriptor's record or the
- * result has fewer records.
+ * usRecLen bytes, into pucData, which must hold them all. Returns 0; 97 when an argument, or the result's
+ * descriptor or rows pointer, is NULL; 1 when pucData is NULL, and, with an ERROR line, when usRecLen is not the length
+ * of the descriptor's record or the result has fewer records.
  */
 ORMEL_API uint32_t ORMEL_ResultConvertDsBuf(const ORMEL_SELECT_RESULT *pstResult, ORMEL_RECORD_BUFFER *pstDsbuf,
                                             uint32_t uiStartIndex);

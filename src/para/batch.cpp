@@ -161,7 +161,8 @@ void setItem(ORMEL_PARA_BATCH_ITEM &column, const ORMEL_OBJECT_ITEM &item, uint3
     column.arrlen = rows;
     // A large object without a value is told by the column's own address from one that nobody supplied: the rows behind
     // it are written.
-    void *lob = item.pValue != nullptr ? item.pValue : &column;
+    const bool noValue = item.pValue == nullptr && item.uiLength == 0;
+    void *lob = noValue ? &column : item.pValue;
     ORMEL_SetBatchParaData(&column, item.pValue, item.uiLength, type, row);
     ORMEL_SetBatchParaLobData(&column, lob, item.uiLength, type, row);
     ORMEL_LOG_AS("ORMEL_SetBatchParaByObject", KPL_LOG_INFO, "SetPara type:%d maxlen:%d recIndex:%d.",

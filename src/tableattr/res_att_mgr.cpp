@@ -28,8 +28,9 @@ uint32_t ORMEL_ResAttPush(ORMEL_RES_ATT *pstResAtt) {
     uint32_t code = ORMEL_OK;
     if (ORMEL_CacheFind(&g_stCacheMgr, pstResAtt) != pstResAtt) {
         const size_t size = sizeof *pstResAtt + static_cast<size_t>(pstResAtt->iAttNum) * sizeof(ORMEL_RES_ATT_FIELD);
-        code = size <= UINT32_MAX ? ORMEL_CacheAdd(&g_stCacheMgr, pstResAtt, static_cast<uint32_t>(size))
-                                  : ORMEL_ERR_FAILED;
+        const bool named = pstResAtt->acTableName[0] != '\0'; // one without a name was never to be found again
+        code = named && size <= UINT32_MAX ? ORMEL_CacheAdd(&g_stCacheMgr, pstResAtt, static_cast<uint32_t>(size))
+                                           : ORMEL_ERR_FAILED;
         std::free(pstResAtt);
     }
     ORMEL_CacheShow(&g_stCacheMgr);

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include <ormeldb/config.h>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -30,21 +31,27 @@ std::string checked(std::string password, const std::string &source) {
     return password;
 }
 
-// The terminal without echo; an interrupt ends the reading, so that the terminal is always put back.
+// The terminal without echo. An interrupt ends the reading, so that the terminal is always put back: it is held off but
+// for the waiting, or one that comes between two steps would be lost.
 class HiddenInput {
 public:
     HiddenInput() {
+        sigset_t interrupt;
+        sigemptyset(&interrupt);
+        sigaddset(&interrupt, SIGINT);
+        sigprocmask(SIG_BLOCK, &interrupt, &mask_);
+        struct sigaction noticed {};
+        noticed.sa_handler = [](int) {};
+        sigaction(SIGINT, &noticed, &interrupt_);
         tcgetattr(STDIN_FILENO, &terminal_);
         termios hidden = terminal_;
         hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
-        struct sigaction noticed {};
-        noticed.sa_handler = [](int) {};
-        sigaction(SIGINT, &noticed, &interrupt_);
     }
     ~HiddenInput() {
         tcsetattr(STDIN_FILENO, TCSAFLUSH, &terminal_);
         sigaction(SIGINT, &interrupt_, nullptr);
+        sigprocmask(SIG_SETMASK, &mask_, nullptr);
     }
     HiddenInput(const HiddenInput &) = delete;
     HiddenInput &operator=(const HiddenInput &) = delete;
@@ -52,15 +59,23 @@ public:
     std::string line() {
         std::string text;
         char c = 0;
-        ssize_t got = 0;
-        while ((got = read(STDIN_FILENO, &c, 1)) == 1 && c != '\n')
+        while (read(c) && c != '\n')
             text += c;
-        if (got < 0)
-            throw Failure("no password was given");
         return text;
     }
 
 private:
+    // False at the end of the input.
+    bool read(char &c) const {
+        pollfd input = {STDIN_FILENO, POLLIN, 0};
+        const bool interrupted = ppoll(&input, 1, nullptr, &mask_) < 0;
+        const ssize_t got = interrupted ? -1 : ::read(STDIN_FILENO, &c, 1);
+        if (got < 0)
+            throw Failure("no password was given");
+        return got == 1;
+    }
+
+    sigset_t mask_{};
     termios terminal_{};
     struct sigaction interrupt_ {};
 };

@@ -20,11 +20,11 @@ struct Part {
 
 class CursorTest : public DatabaseTest {
 protected:
-    // Rows (1, 'part 1', 10), (2, 'part 2', 20) ...
+    // Rows (1, 'piece 1', 10), (2, 'piece 2', 20) ...
     static void makeRows(int rows) {
         make("t", "id INTEGER, name VARCHAR(20), weight BIGINT");
         execute("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " + std::to_string(rows) +
-                ") INSERT INTO t SELECT i, 'part ' || i, i * 10 FROM n");
+                ") INSERT INTO t SELECT i, 'piece ' || i, i * 10 FROM n");
     }
 };
 
@@ -52,7 +52,7 @@ TEST_F(CursorTest, BothFormsReadTheSameRowsInTurn) {
         Part part = {};
         std::memcpy(&part, record->pucData, sizeof part);
         EXPECT_EQ(int32_t{part.id}, id + 1);
-        EXPECT_STREQ(part.name, ("part " + std::to_string(id + 1)).c_str());
+        EXPECT_STREQ(part.name, ("piece " + std::to_string(id + 1)).c_str());
         EXPECT_EQ(int64_t{part.weight}, (id + 1) * 10);
     }
     EXPECT_EQ(nextId(cursor), kEnd);
@@ -104,7 +104,7 @@ class ByObjectTest : public CursorTest {
 protected:
     ByObjectTest() {
         makeRows(20);
-        ORMEL_ObjectStrOptionLikeSet(object_, "name", "part 1%"); // 1 and 10 to 19
+        ORMEL_ObjectStrOptionLikeSet(object_, "name", "piece 1%"); // 1 and 10 to 19
         ORMEL_ObjectInt64Set(object_, "weight", 10);
         object_.last().uiOp = ORMEL_OP_NOT_EQUAL;
         ORMEL_ObjectSelectFieldSet(object_, "weight");
@@ -124,7 +124,7 @@ TEST_F(ByObjectTest, RecordsAreLaidOutByTheSelectedColumns) {
         int64_t weight = 0;
         std::memcpy(&weight, record->pucData, sizeof weight);
         EXPECT_EQ(weight, id * 10);
-        EXPECT_STREQ(record.record(0).c_str() + sizeof weight, ("part " + std::to_string(id)).c_str());
+        EXPECT_STREQ(record.record(0).c_str() + sizeof weight, ("piece " + std::to_string(id)).c_str());
     }
     Records record(sizeof(Part));
     EXPECT_EQ(ORMEL_FetchSelectRec(cursor, record), ORMEL_END_OF_DATA);
@@ -138,7 +138,7 @@ TEST_F(ByObjectTest, ResultsKnowTheSelectedColumns) {
         CursorRow row;
         ASSERT_EQ(ORMEL_FetchSelectRecEx(cursor, row), ORMEL_OK);
         EXPECT_EQ(ORMEL_ResultGetFieldNum(row), 2U);
-        EXPECT_STREQ(ORMEL_ResultStrGet(row, 0, "name"), ("part " + std::to_string(id)).c_str());
+        EXPECT_STREQ(ORMEL_ResultStrGet(row, 0, "name"), ("piece " + std::to_string(id)).c_str());
         EXPECT_EQ(ORMEL_ResultTextGetByPos(row, 0, 1), ORMEL_ResultStrGet(row, 0, "name"));
         int64_t weight = 0;
         EXPECT_EQ(ORMEL_ResultInt64Get(row, 0, "weight", &weight), ORMEL_OK);
@@ -288,7 +288,7 @@ TEST_F(CursorTest, ARowClearedTwiceIsClearedOnce) {
 TEST_F(CursorTest, TheConditionsOutliveTheObject) {
     makeRows(50);
     Object object("t");
-    ORMEL_ObjectStrOptionLikeSet(object, "name", "part 4%");
+    ORMEL_ObjectStrOptionLikeSet(object, "name", "piece 4%");
     Cursor cursor(object);
     ORMEL_ObjectParaClear(object);
     ORMEL_ObjectStrSet(object, "name", "something else");

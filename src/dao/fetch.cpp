@@ -89,6 +89,15 @@ DB_RESULT *noRows() {
     return static_cast<DB_RESULT *>(std::calloc(1, sizeof(DB_RESULT)));
 }
 
+// Goes to the next row, which will be row `current` of the result; false at the end.
+bool next(const char *func, void *stmt, uint32_t current) {
+    const uint32_t fetched = dbMoveNext(stmt);
+    if (fetched != 0)
+        ORMEL_LOG_AS(func, KPL_LOG_DEBUG, "dbMoveNext fetch  row:%d curRow:%d ", static_cast<int>(fetched),
+                     static_cast<int>(current));
+    return fetched != 0;
+}
+
 // Copies the row that the statement stands on into row `current` of the result.
 bool copyRow(const char *func, void *stmt, const char *table, DB_RESULT &res, uint32_t current) {
     if (dbGetFields(stmt, res.ppRows[current], res.uiFieldCount) == ORMEL_OK)
@@ -166,9 +175,7 @@ DB_RESULT *dbGetResult(void *pStmt, const char *pcTableName) {
     if (res == nullptr)
         return nullptr;
     uint32_t current = 0;
-    while (const uint32_t fetched = dbMoveNext(pStmt)) {
-        ORMEL_LOG(KPL_LOG_DEBUG, "dbMoveNext fetch  row:%d curRow:%d ", static_cast<int>(fetched),
-                  static_cast<int>(current));
+    while (next(__func__, pStmt, current)) {
         if (current >= PREFETCH_ROWS || current >= rows) {
             ORMEL_LOG(KPL_LOG_INFO, "dbGetFields :%s get curRow(%d) > PREFETCH_ROWS or rowCount:%d", table,
                       static_cast<int>(current), static_cast<int>(rows));
@@ -197,9 +204,7 @@ DB_RESULT *dbGetResultWithCount(void *pStmt, const char *pcTableName, uint32_t u
     if (res == nullptr)
         return nullptr;
     uint32_t current = 0;
-    while (const uint32_t fetched = dbMoveNext(pStmt)) {
-        ORMEL_LOG(KPL_LOG_DEBUG, "dbMoveNext fetch  row:%d curRow:%d ", static_cast<int>(fetched),
-                  static_cast<int>(current));
+    while (next(__func__, pStmt, current)) {
         if (!copyRow(__func__, pStmt, table, *res, current))
             return nullptr;
         if (++current == uiCount) {

@@ -130,7 +130,7 @@ void checkDatabase() {
         return !tellAnswer(session.connection(), question);
     });
     if (failed > 0)
-        throw Failure("the database does not do all that it should: " + counted(failed, "step") + " failed");
+        throw Failure("the database does not do all that it should: " + counted(static_cast<size_t>(failed), "step") + " failed");
 }
 
 } // namespace cli

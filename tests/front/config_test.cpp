@@ -82,6 +82,20 @@ TEST_F(ConfigTest, LongValuesComeWhole) {
     EXPECT_EQ(read("auth.sslrootcert=" + value + "\n"), (Config{{"auth.sslrootcert", value}}));
 }
 
+// What the library has of a file, the client has too.
+TEST_F(ConfigTest, AnOverlongLineIsReadInPieces) {
+    const Config second = {{"db.host", "second piece"}};
+    EXPECT_EQ(read("#" + std::string(2012, 'x') + "db.host=second piece\n"), second);
+    EXPECT_EQ(read("#" + std::string(2011, 'x') + "db.host=cut within the key\n"),
+              (Config{{"b.host", "cut within the key"}}));
+    EXPECT_EQ(read(std::string(100000, 'x') + "\ndb.host=after it\n"), (Config{{"db.host", "after it"}}));
+}
+
+TEST_F(ConfigTest, ALineEndsAtItsFirstNul) {
+    EXPECT_EQ(read(std::string("db.host=a\0b\ndb.us\0er=c\ndb.port=1\n", 32)),
+              (Config{{"db.host", "a"}, {"db.port", "1"}}));
+}
+
 TEST_F(ConfigTest, AMissingFileIsNamedWithTheReason) {
     EXPECT_THAT(refusal(), AllOf(HasSubstr(file()), HasSubstr("No such file")));
 }

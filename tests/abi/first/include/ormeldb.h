@@ -1,0 +1,20 @@
+#ifndef ORMELDB_H
+#define ORMELDB_H
+#include "ormeldb/base.h"
+#include "ormeldb/batch.h"
+#include "ormeldb/config.h"
+#include "ormeldb/cursor.h"
+#include "ormeldb/dao.h"
+#include "ormeldb/error.h"
+#include "ormeldb/lifecycle.h"
+#include "ormeldb/log.h"
+#include "ormeldb/object.h"
+#include "ormeldb/para.h"
+#include "ormeldb/record.h"
+#include "ormeldb/res_att.h"
+#include "ormeldb/result.h"
+#include "ormeldb/select.h"
+#include "ormeldb/trans.h"
+#include "ormeldb/version.h"
+#include "ormeldb/write.h"
+#endif

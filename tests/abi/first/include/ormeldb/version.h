@@ -1,0 +1,11 @@
+#ifndef ORMELDB_VERSION_H
+#define ORMELDB_VERSION_H
+#include "base.h"
+#define ORMELDB_VERSION_MAJOR 0
+#define ORMELDB_VERSION_MINOR 1
+#define ORMELDB_VERSION_PATCH 0
+#define ORMELDB_VERSION "0.1.0"
+ORMEL_BEGIN_DECLS
+ORMEL_API const char *ORMEL_Version(void);
+ORMEL_END_DECLS
+#endif

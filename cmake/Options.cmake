@@ -2,6 +2,7 @@
 
 set(ORMEL_SANITIZE "" CACHE STRING "Sanitizers to build with: empty, address,undefined or thread")
 option(ORMEL_COVERAGE "Count lines and branches" OFF)
+option(ORMEL_FUZZ "Build what tests/fuzz holds as fuzzers; for clang" OFF)
 option(ORMEL_BENCH "Build the benchmarks" OFF)
 
 set(CMAKE_C_STANDARD 11)
@@ -30,6 +31,9 @@ if(ORMEL_SANITIZE)
   set(sanitize -fsanitize=${ORMEL_SANITIZE} -fno-sanitize-recover=all)
   target_compile_options(ormel_options INTERFACE ${sanitize})
   target_link_options(ormel_options INTERFACE ${sanitize})
+endif()
+if(ORMEL_FUZZ)
+  target_compile_options(ormel_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 if(ORMEL_COVERAGE)
   target_compile_options(ormel_options INTERFACE --coverage)

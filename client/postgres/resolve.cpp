@@ -9,13 +9,12 @@
 #include <thread>
 #include <vector>
 
+#include "conninfo.h"
 #include "error.h"
 
 namespace ormel::client::postgres {
 
 namespace {
-
-constexpr char kUnableToConnect[] = "08001";
 
 std::vector<std::string> split(const std::string &list) {
     std::vector<std::string> elements;
@@ -86,37 +85,29 @@ bool isNumber(const std::string &host) {
     return true;
 }
 
-void add(std::string &list, bool first, const std::string &element) {
-    list += (first ? "" : ",") + element;
-}
-
 } // namespace
 
-Addresses resolve(const std::string &hosts, const std::string &ports, std::chrono::steady_clock::time_point deadline) {
+std::vector<Host> hostsOf(const std::string &hosts, const std::string &ports) {
     const auto names = split(hosts);
     const auto numbers = split(ports.empty() ? "5432" : ports);
     if (numbers.size() != 1 && numbers.size() != names.size())
         refuse(kUnableToConnect, "db.host names " + std::to_string(names.size()) + " hosts, and db.port " +
                                      std::to_string(numbers.size()) + " ports; give one for all, or one for each");
-    Addresses addresses;
-    bool first = true;
-    for (size_t i = 0; i < names.size(); ++i) {
-        const bool known = names[i].empty() || names[i][0] == '/' || isNumber(names[i]);
-        const std::string number = !names[i].empty() && names[i][0] == '/' ? std::string() : names[i];
-        for (const std::string &address : known ? std::vector<std::string>{number} : lookUpUntil(names[i], deadline)) {
-            add(addresses.hosts, first, names[i]);
-            add(addresses.numbers, first, address);
-            add(addresses.ports, first, numbers[numbers.size() == 1 ? 0 : i]);
-            first = false;
-        }
-    }
-    if (first)
-        refuse(kUnableToConnect, "no such host: " + hosts + "; set db.host in ../conf/db.conf");
-    // An empty list would be taken from the environment, one of two empty elements is not.
-    if (addresses.numbers.empty())
-        for (std::string *list : {&addresses.hosts, &addresses.numbers, &addresses.ports})
-            *list += "," + *list;
-    return addresses;
+    std::vector<Host> list;
+    for (size_t i = 0; i < names.size(); ++i)
+        list.push_back({names[i], numbers[numbers.size() == 1 ? 0 : i]});
+    return list;
+}
+
+std::vector<std::string> addressesOf(const std::string &name, std::chrono::steady_clock::time_point deadline) {
+    if (name.empty() || name[0] == '/')
+        return {""};
+    if (isNumber(name))
+        return {name};
+    std::vector<std::string> numbers = lookUpUntil(name, deadline);
+    if (numbers.empty())
+        refuse(kUnableToConnect, "no such host: " + name + "; set db.host in ../conf/db.conf");
+    return numbers;
 }
 
 } // namespace ormel::client::postgres

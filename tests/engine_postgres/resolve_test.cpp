@@ -6,6 +6,8 @@
 
 namespace ormel::client::postgres {
 
+using testing::AnyOf;
+using testing::Each;
 using testing::HasSubstr;
 
 namespace {
@@ -14,49 +16,26 @@ using std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kEnough(20);
 
-Addresses found(const std::string &hosts, const std::string &ports) {
-    return resolve(hosts, ports, steady_clock::now() + kEnough);
+std::vector<std::string> found(const std::string &name) {
+    return addressesOf(name, steady_clock::now() + kEnough);
+}
+
+// "host port, host port"
+std::string listed(const std::string &hosts, const std::string &ports) {
+    std::string list;
+    for (const Host &host : hostsOf(hosts, ports))
+        list += (list.empty() ? "" : ", ") + host.name + " " + host.port;
+    return list;
 }
 
 } // namespace
 
-TEST(Resolve, addressesStayAsTheyAre) {
-    struct Case {
-        const char *hosts;
-        const char *ports;
-        const char *expectedPorts;
-    };
-    for (const Case &each : {Case{"127.0.0.1", "5433", "5433"}, Case{"127.0.0.1", "", "5432"}, Case{"::1", "1", "1"},
-                             Case{"127.0.0.1,::1", "5433", "5433,5433"}, Case{"127.0.0.1,::1", "1,2", "1,2"}}) {
-        SCOPED_TRACE(each.hosts);
-        const Addresses addresses = found(each.hosts, each.ports);
-        EXPECT_EQ(addresses.hosts, each.hosts);
-        EXPECT_EQ(addresses.numbers, each.hosts);
-        EXPECT_EQ(addresses.ports, each.expectedPorts);
-    }
-}
-
-TEST(Resolve, foldersOfSocketsHaveNoNumber) {
-    const Addresses addresses = found("/run/one,127.0.0.1", "1,2");
-    EXPECT_EQ(addresses.hosts, "/run/one,127.0.0.1");
-    EXPECT_EQ(addresses.numbers, ",127.0.0.1");
-    EXPECT_EQ(addresses.ports, "1,2");
-}
-
-// An empty list would be taken from the environment.
-TEST(Resolve, theNumbersOfASingleFolderAreNoEmptyList) {
-    const Addresses addresses = found("/run/one", "1");
-    EXPECT_EQ(addresses.hosts, "/run/one,/run/one");
-    EXPECT_EQ(addresses.numbers, ",");
-    EXPECT_EQ(addresses.ports, "1,1");
-}
-
-// Each address of a name stands for itself, with the name that certificates are made out to.
-TEST(Resolve, namesAreListedWithEachAddress) {
-    const Addresses addresses = found("localhost,127.0.0.1", "1,2");
-    EXPECT_THAT(addresses.hosts, testing::MatchesRegex("(localhost,)+127.0.0.1"));
-    EXPECT_THAT(addresses.numbers, testing::MatchesRegex("((127.0.0.1|::1),)+127.0.0.1"));
-    EXPECT_THAT(addresses.ports, testing::MatchesRegex("(1,)+2"));
+TEST(Resolve, hostsHaveAPortEachOrOneForAll) {
+    EXPECT_EQ(listed("127.0.0.1", "5433"), "127.0.0.1 5433");
+    EXPECT_EQ(listed("::1", ""), "::1 5432");
+    EXPECT_EQ(listed("a,::1", "5433"), "a 5433, ::1 5433");
+    EXPECT_EQ(listed("a,b,/run/one", "1,2,3"), "a 1, b 2, /run/one 3");
+    EXPECT_EQ(listed("", "1"), " 1");
 }
 
 TEST(Resolve, aWrongNumberOfPortsIsRefused) {
@@ -64,25 +43,39 @@ TEST(Resolve, aWrongNumberOfPortsIsRefused) {
         {"127.0.0.1", "1,2"}, {"127.0.0.1,::1", "1,2,3"}, {"127.0.0.1,::1,::1", "1,2"}, {"127.0.0.1", ","}};
     for (const auto &[hosts, ports] : lists) {
         SCOPED_TRACE(std::string(hosts) + " " + ports);
-        const Error error = caught([&] { found(hosts, ports); });
+        const Error error = caught([&] { listed(hosts, ports); });
         EXPECT_EQ(error.code, 8001U);
         EXPECT_THAT(error.message, HasSubstr("db.port"));
     }
 }
 
+TEST(Resolve, addressesStayAsTheyAre) {
+    for (const char *number : {"127.0.0.1", "::1"})
+        EXPECT_EQ(found(number), std::vector<std::string>{number});
+}
+
+TEST(Resolve, foldersOfSocketsHaveNoNumber) {
+    for (const char *folder : {"/run/one", ""})
+        EXPECT_EQ(found(folder), std::vector<std::string>{""});
+}
+
+TEST(Resolve, namesHaveAddresses) {
+    EXPECT_FALSE(found("localhost").empty());
+    EXPECT_THAT(found("localhost"), Each(AnyOf("127.0.0.1", "::1")));
+}
+
 TEST(Resolve, anUnknownNameIsNamed) {
-    const Error error = caught([] { found("no-such-host.invalid", "1"); });
+    const Error error = caught([] { found("no-such-host.invalid"); });
     EXPECT_EQ(error.code, 8001U);
     EXPECT_THAT(error.message, HasSubstr("no-such-host.invalid"));
-    EXPECT_EQ(found("no-such-host.invalid,127.0.0.1", "1,2").ports, "2");
 }
 
 TEST(Resolve, aLookUpIsLeftAtTheDeadline) {
     const auto before = steady_clock::now();
-    const Error error = caught([&] { resolve("no-such-host.invalid", "1", before); });
+    const Error error = caught([&] { addressesOf("no-such-host.invalid", before); });
     EXPECT_LT(steady_clock::now() - before, std::chrono::seconds(2));
     EXPECT_THAT(error.message, HasSubstr("no-such-host.invalid"));
-    EXPECT_EQ(resolve("127.0.0.1", "1", before).numbers, "127.0.0.1") << "what needs no look-up needs no time";
+    EXPECT_EQ(addressesOf("127.0.0.1", before).at(0), "127.0.0.1") << "what needs no look-up needs no time";
 }
 
 } // namespace ormel::client::postgres

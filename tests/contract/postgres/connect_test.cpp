@@ -1,11 +1,9 @@
 // Ways to connect to a server, and not to.
-#include <arpa/inet.h>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
-#include <sys/socket.h>
-#include <unistd.h>
 
+#include "postgres/loopback.h"
 #include "postgres/postgres_engine.h"
 #include "support/contract_test.h"
 
@@ -18,32 +16,23 @@ using testing::StartsWith;
 
 enum SslMode : uint32_t { kDisabled, kPreferred, kRequired, kVerifyCa, kVerifyFull };
 
-// A port of the loopback address where nobody answers: closed, or open with nobody behind it.
+// A port where nobody answers: closed, open with nobody behind it, or with a queue that is full already.
 class DeadPort {
 public:
-    enum State { closed, silent };
-    explicit DeadPort(State state) : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        auto *plain = reinterpret_cast<sockaddr *>(&address);
-        EXPECT_EQ(bind(socket_, plain, size), 0);
-        EXPECT_EQ(getsockname(socket_, plain, &size), 0);
-        if (state == silent) {
-            EXPECT_EQ(listen(socket_, 5), 0);
-        }
-        port_ = ntohs(address.sin_port);
+    enum State { closed, silent, full };
+    explicit DeadPort(State state) {
+        if (state == closed)
+            return;
+        port_.listen(state == full ? 0 : 5);
+        for (int i = 0; state == full && i < 4; ++i)
+            queue_.push_back(knockAt(port_.number()));
     }
-    ~DeadPort() { close(socket_); }
-    DeadPort(const DeadPort &) = delete;
-    DeadPort &operator=(const DeadPort &) = delete;
 
-    std::string port() const { return std::to_string(port_); }
+    std::string port() const { return port_.text(); }
 
 private:
-    int socket_;
-    uint16_t port_ = 0;
+    const Port port_;
+    std::vector<Socket> queue_;
 };
 
 class Variable {
@@ -136,6 +125,49 @@ TEST_P(ConnectTest, APortThatNeverAnswersIsLeftInTime) {
         EXPECT_GE(taken, std::chrono::milliseconds(290));
         EXPECT_LT(taken, std::chrono::milliseconds(1500)) << "for all addresses together";
     }
+}
+
+// One that never answers takes no more than its share of the time.
+TEST_P(ConnectTest, TheNextHostIsTakenWhereOneNeverAnswers) {
+    configure("client.connect_timeout_ms=3000\n");
+    for (const auto state : {DeadPort::silent, DeadPort::full}) {
+        const DeadPort dead(state);
+        for (const auto &[hosts, ports] :
+             {std::pair("127.0.0.1,127.0.0.1", dead.port() + "," + port()),
+              std::pair("127.0.0.1,localhost,127.0.0.1", dead.port() + "," + dead.port() + "," + port())}) {
+            Connection db;
+            EXPECT_OK(db, db.connect(at(hosts, ports))) << ports;
+        }
+    }
+}
+
+TEST_P(ConnectTest, EveryHostThatFailedIsNamed) {
+    const DeadPort closed(DeadPort::closed);
+    const DeadPort silent(DeadPort::silent);
+    configure("client.connect_timeout_ms=300\n");
+    EXPECT_THAT(refusal(at("127.0.0.1,no-such-host.invalid,127.0.0.1", closed.port() + ",1," + silent.port())),
+                AllOf(StartsWith("08001: cannot connect to 127.0.0.1,no-such-host.invalid,127.0.0.1:"),
+                      HasSubstr("port " + closed.port() + " failed"), HasSubstr("no-such-host.invalid"),
+                      HasSubstr("no answer from 127.0.0.1, port " + silent.port()), Not(HasSubstr("; ;"))));
+}
+
+// A password that one refuses is not tried with the next.
+TEST_P(ConnectTest, ARefusalIsFinal) {
+    const DeadPort dead(DeadPort::closed);
+    const std::string words =
+        refusal({"127.0.0.1,127.0.0.1:" + port() + "," + dead.port(), "nobody", "not-the-password"});
+    EXPECT_THAT(words, AllOf(StartsWith("28P01: "), Not(HasSubstr(dead.port() + " failed"))));
+}
+
+TEST_P(ConnectTest, TheNextHostIsTakenWhereOneTakesNoWrites) {
+    Connection keeper = connect();
+    keeper.run("drop role if exists reader");
+    keeper.run("create role reader login password 'of-a-reader'");
+    keeper.run("alter role reader set default_transaction_read_only = on");
+    keeper.commit();
+    const DeadPort dead(DeadPort::closed);
+    const Target both = {"127.0.0.1,127.0.0.1:" + port() + "," + dead.port(), "reader", "of-a-reader"};
+    EXPECT_THAT(refusal(both), AllOf(HasSubstr("read-only"), HasSubstr("port " + dead.port() + " failed")));
 }
 
 TEST_P(ConnectTest, ATimeThatIsNoneIsNamed) {
@@ -275,6 +307,39 @@ TEST_P(ConnectTest, TheEnvironmentSetsNothing) {
         {"default_transaction_read_only", "off"}, {"work_mem", "4MB"}, {"client_encoding", "UTF8"}};
     for (const auto &[name, value] : settings)
         EXPECT_EQ(db.rows(std::string("show ") + name), Rows{rowOf(value)}) << name;
+}
+
+TEST_P(ConnectTest, TheEnvironmentDoesNotLowerTheProtocol) {
+    const Variable protocol("PGSSLMAXPROTOCOLVERSION", "TLSv1.2");
+    const Variable least("PGSSLMINPROTOCOLVERSION", "TLSv1");
+    Connection db;
+    const SslMode mode = kRequired;
+    EXPECT_OK(db, qdc_set_conn_attr(db, QDC_ATTR_SSL_MODE, &mode, sizeof mode));
+    ASSERT_EQ(db.connect(target()), 0U) << db.error();
+    EXPECT_EQ(db.rows("select version from pg_stat_ssl where pid = pg_backend_pid()"), Rows{rowOf("TLSv1.3")});
+}
+
+// What libpq hands to the server without being asked.
+TEST_P(ConnectTest, TheEnvironmentNamesTheTimeZoneAndNothingElse) {
+    const Variable zone("PGTZ", "Asia/Tokyo");
+    const Variable name("PGAPPNAME", "other");
+    const Variable seconds("PGCONNECT_TIMEOUT", "1");
+    const Variable planner("PGGEQO", "off");
+    Connection db = connect();
+    EXPECT_EQ(db.rows("show timezone"), Rows{rowOf("Asia/Tokyo")});
+    EXPECT_EQ(db.rows("show geqo"), Rows{rowOf("off")});
+    EXPECT_EQ(db.rows("show application_name"), Rows{rowOf("ormeldb")});
+}
+
+// Both can refuse, and neither lets anything in.
+TEST_P(ConnectTest, TheEnvironmentCanRefuse) {
+    {
+        const Variable service("PGSERVICE", "no-such-service");
+        EXPECT_THAT(refusal(target()), AllOf(StartsWith("08001: "), HasSubstr("no-such-service")));
+    }
+    const Variable peer("PGREQUIREPEER", "somebody else");
+    EXPECT_THAT(refusal(at(certificate(""))), AllOf(StartsWith("08001: "), HasSubstr("somebody else")));
+    EXPECT_EQ(outcome(target(), kRequired), "encrypted");
 }
 
 } // namespace

@@ -48,6 +48,10 @@ constexpr std::array<std::string_view, 4> kRowWords = {"SELECT", "INSERT", "UPDA
 constexpr std::array<std::string_view, 10> kHarmless = {"VALUES", "COUNT", "IN",  "AND", "OR",
                                                         "WHERE",  "UPPER", "SUM", "MAX", "MIN"};
 
+bool isHarmless(std::string_view name) {
+    return std::find(kHarmless.begin(), kHarmless.end(), name) != kHarmless.end();
+}
+
 bool isWord(char c) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || (c & 0x80) != 0;
 }
@@ -112,6 +116,16 @@ bool isBlank(std::string_view piece) {
 
 } // namespace
 
+std::string_view statementIn(std::string_view text) {
+    while (!text.empty()) {
+        const std::string_view piece = text.substr(0, pieceLength(text));
+        if (!isBlank(piece) && piece != ";")
+            break;
+        text.remove_prefix(piece.size());
+    }
+    return text;
+}
+
 Role roleOf(std::string_view text) {
     const std::string word = firstWord(text);
     // A text in parentheses is a query; the words behind them tell nothing else.
@@ -132,22 +146,25 @@ bool mayAlterSession(std::string_view text) {
     const bool makesTable = first == "SELECT" && hasWord(text, "INTO");
     if (makesTable || std::find(kRowWords.begin(), kRowWords.end(), first) == kRowWords.end())
         return true;
-    std::string word;   // the one before
-    std::string before; // and the one before that
+    std::string name; // in front, without what qualifies it
+    bool qualified = false;
+    bool isTable = false; // that rows go into
+    bool dotted = false;
     for (std::string_view rest = text; !rest.empty();) {
         const std::string_view piece = rest.substr(0, pieceLength(rest));
         rest.remove_prefix(piece.size());
         if (isBlank(piece))
             continue;
         if (isWord(piece[0]) || piece[0] == '"') {
-            before = std::exchange(word, upperCase(piece));
-        } else if (piece == "(" && !word.empty() && before != "INTO" &&
-                   std::find(kHarmless.begin(), kHarmless.end(), word) == kHarmless.end()) {
+            isTable = dotted ? isTable : name == "INTO";
+            qualified = dotted;
+            name = upperCase(piece);
+        } else if (piece == "(" && !name.empty() && !isTable && (qualified || !isHarmless(name))) {
             return true;
-        } else {
-            before.clear();
-            word.clear();
+        } else if (piece != ".") {
+            name.clear();
         }
+        dotted = piece == ".";
     }
     return false;
 }

@@ -15,6 +15,9 @@ enum class Role {
     other
 };
 
+// The text from its statement's first character on, behind blanks, comments and semicolons; empty if there is none.
+std::string_view statementIn(std::string_view text);
+
 // Of a text without leading blanks.
 Role roleOf(std::string_view text);
 

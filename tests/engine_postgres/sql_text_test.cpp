@@ -16,6 +16,20 @@ TEST(PostgresText, knowsTheRoles) {
             EXPECT_EQ(roleOf(text), role) << text;
 }
 
+TEST(PostgresText, aStatementBeginsBehindBlanksAndComments) {
+    const std::pair<const char *, const char *> texts[] = {
+        {"select 1", "select 1"},
+        {" \t\r\n\f;; select 1", "select 1"},
+        {"-- why\nselect 1", "select 1"},
+        {"/* a /* nested */ comment */ -- b\n ; (select 1)", "(select 1)"},
+        {"/* a /* begin */ select 1", ""},
+        {"-- nothing", ""},
+        {"", ""},
+    };
+    for (const auto &[text, statement] : texts)
+        EXPECT_EQ(statementIn(text), statement) << text;
+}
+
 TEST(PostgresText, whatMayChangeRowsIsNoCursors) {
     for (const char *text : {"select * into b from a", "select * from a for update",
                              "with gone as (delete from a returning *) select * from gone",
@@ -29,7 +43,8 @@ TEST(PostgresText, rowsAreReadAndWrittenWithoutATrace) {
     for (const char *text :
          {"select * from t where a = $1", "select count(*), max ( a ), upper(b) from t", "delete from t",
           "insert into t (a, b) values ($1, $2)", "insert into t(a) values ($1)", "insert into \"T\" (a) values (1)",
-          "update t set a = 1 where b in (1, 2) and (c or (d))", "select 'set_config(1)' from t",
+          "update t set a = 1 where b in (1, 2) and (c or (d))", "insert into app.t (a) values (1)",
+          "insert into app . \"T\" (a) values (1)", "insert into a.b.t(c) values (1)", "select 'set_config(1)' from t",
           "select E'it\\'s f(' from t", "select $$f(1)$$, $a$ $$f(1) $a$ from t", "select 1 -- f(1)\n from t",
           "select 1 /* f(1) /* g(2) */ h(3) */ from t"})
         EXPECT_FALSE(mayAlterSession(text)) << text;
@@ -47,6 +62,10 @@ TEST(PostgresText, whateverCallsAFunctionMayLeaveATrace) {
                              "select pg_advisory_lock/**/(1)",
                              "select pg_advisory_lock -- why\n (1)",
                              "select \"set_config\"('a', 'b', false)",
+                             "select app.max(1)",
+                             "select app . max (1)",
+                             "select into.t(1)",
+                             "insert into app.t (a) select app.max(1)",
                              "insert into t values (nextval('s'))",
                              "insert into t (a) select f(1)",
                              "update t set a = f(b)",

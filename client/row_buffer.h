@@ -66,9 +66,10 @@ public:
     // Takes the next row's values and gives back the memory of the one before; false when there is none.
     bool take(std::vector<Cell> &cells) {
         current_.clear();
+        current_.reserve(cells.size()); // so that a row is taken whole or not at all
         if (rows_ == 0)
             return false;
-        if (position_ == blocks_.front().size()) {
+        while (position_ == blocks_.front().size()) { // one that got no room is empty
             blocks_.pop_front();
             position_ = 0;
         }
@@ -78,7 +79,15 @@ public:
         return true;
     }
 
-    void clear() { *this = RowBuffer(); }
+    void clear() noexcept {
+        row_.clear();
+        rowLarge_ = 0;
+        blocks_.clear();
+        position_ = 0;
+        rows_ = 0;
+        large_.clear();
+        current_.clear();
+    }
 
 private:
     static constexpr uint32_t kNull = 0xFFFFFFFF;

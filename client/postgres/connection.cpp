@@ -9,12 +9,19 @@
 
 namespace ormel::client::postgres {
 
+namespace {
+
+constexpr size_t kLargestKept = 4 * 1024 * 1024; // a message, in whose size the connection keeps buffers
+
+} // namespace
+
 void PostgresConnection::learnColumns(const PGresult *result, Description &description) {
-    description.types.clear();
+    std::vector<std::pair<Oid, int>> types;
     for (int i = 0; i < PQnfields(result); ++i)
-        description.types.emplace_back(PQftype(result, i), PQfmod(result, i));
-    description.binary = allInBinary(result);
+        types.emplace_back(PQftype(result, i), PQfmod(result, i));
     description.columns = columns_.describe(result);
+    description.types = std::move(types);
+    description.binary = allInBinary(result);
 }
 
 Description PostgresConnection::describe(const std::string &sql, bool query) {
@@ -34,7 +41,7 @@ Description PostgresConnection::describe(const std::string &sql, bool query) {
 }
 
 std::unique_ptr<Statement> PostgresConnection::prepare(const std::string &sql) {
-    const std::string_view text = skipBlanks(sql);
+    const std::string_view text = statementIn(sql);
     if (text.empty())
         refuse("42601", "the text holds no statement");
     const Role role = roleOf(text);
@@ -49,17 +56,45 @@ std::unique_ptr<Statement> PostgresConnection::prepare(const std::string &sql) {
     std::string whole = withCatalogue(std::string(text));
     std::optional<Description> known = statements_.take(whole);
     const bool fresh = !known.has_value();
-    if (fresh)
-        known = describe(whole, role == Role::query);
-    return std::make_unique<PostgresStatement>(*this, std::move(whole), role, *std::move(known), fresh);
+    try {
+        if (fresh)
+            known = describe(whole, role == Role::query);
+        return std::make_unique<PostgresStatement>(*this, std::move(whole), role, *std::move(known), fresh);
+    } catch (const std::bad_alloc &) {
+        altered_ = true; // nobody knows any longer what the server has prepared
+        throw;
+    }
 }
 
 void PostgresConnection::giveBack(std::string sql, Description description) noexcept {
-    session_.dropLater(statements_.give(std::move(sql), std::move(description)));
+    try {
+        session_.dropLater(statements_.give(std::move(sql), std::move(description)));
+    } catch (const std::bad_alloc &) {
+        altered_ = true;
+    }
+}
+
+void PostgresConnection::drop(const std::string &name) noexcept {
+    try {
+        session_.dropLater(name);
+    } catch (const std::bad_alloc &) {
+        altered_ = true;
+    }
+}
+
+// One that stays open ends with its transaction.
+void PostgresConnection::closeCursor(const std::string &name) noexcept {
+    try {
+        session_.later("CLOSE " + name);
+    } catch (const std::bad_alloc &) {
+        return;
+    }
 }
 
 // Settings, temporary tables, locks, listens, cursors and prepared statements of the session.
 bool PostgresConnection::recycle() noexcept {
+    if (session_.largestMessage() > kLargestKept)
+        return false;
     try {
         session_.rollback();
         if (altered_) {

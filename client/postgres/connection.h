@@ -27,6 +27,9 @@ public:
     void learnColumns(const PGresult *result, Description &description);
     // A statement of this text is done.
     void giveBack(std::string sql, Description description) noexcept;
+    // What was prepared under a name, or opened, is not needed any longer.
+    void drop(const std::string &name) noexcept;
+    void closeCursor(const std::string &name) noexcept;
 
 private:
     Session session_;

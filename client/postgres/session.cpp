@@ -1,6 +1,7 @@
 #include "session.h"
 
 #include <optional>
+#include <sys/socket.h>
 #include <utility>
 
 #include "error.h"
@@ -29,8 +30,8 @@ void Session::dropLater(const std::string &name) {
         later_.push_back(kDrop + name);
 }
 
-void Session::later(std::string command) noexcept {
-    later_.push_back(std::move(command));
+void Session::abandon() noexcept {
+    shutdown(PQsocket(raw()), SHUT_RDWR);
 }
 
 void Session::forgetLater() noexcept {
@@ -107,11 +108,11 @@ Pipeline::Pipeline(Session &session, Begin begin) : session_(session) {
 
 void Pipeline::begin(PGTransactionStatusType status, Begin begin) {
     if (begin == Begin::yes && status == PQTRANS_IDLE)
-        run("BEGIN");
+        send("BEGIN");
     if (status == PQTRANS_INERROR) // what waits would be refused, and says nothing to the caller
         return;
     for (const std::string &command : std::exchange(session_.later_, {}))
-        run(command);
+        send(command.c_str());
     before_ = commands_;
 }
 
@@ -126,28 +127,40 @@ void Pipeline::sent(int accepted) {
     ++commands_;
 }
 
+void Pipeline::send(const char *sql) {
+    sent(PQsendQueryParams(session_.raw(), sql, 0, nullptr, nullptr, nullptr, nullptr, 0));
+}
+
 void Pipeline::run(const std::string &sql) {
-    sent(PQsendQueryParams(session_.raw(), sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, 0));
+    expect();
+    send(sql.c_str());
 }
 
 void Pipeline::run(const std::string &sql, const Arguments &arguments) {
+    expect();
+    session_.noteMessage(arguments.size());
     sent(PQsendQueryParams(session_.raw(), sql.c_str(), arguments.count(), arguments.types(), arguments.values(),
                            arguments.lengths(), arguments.formats(), 0));
 }
 
 void Pipeline::runForRows(const std::string &sql, bool binary) {
+    expect();
     sent(PQsendQueryParams(session_.raw(), sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, binary ? 1 : 0));
 }
 
 void Pipeline::prepare(const std::string &name, const std::string &sql) {
+    expect();
     sent(PQsendPrepare(session_.raw(), name.c_str(), sql.c_str(), 0, nullptr));
 }
 
 void Pipeline::describe(const std::string &name) {
+    expect();
     sent(PQsendDescribePrepared(session_.raw(), name.c_str()));
 }
 
 void Pipeline::execute(const std::string &name, const Arguments &arguments, bool binary) {
+    expect();
+    session_.noteMessage(arguments.size());
     sent(PQsendQueryPrepared(session_.raw(), name.c_str(), arguments.count(), arguments.values(), arguments.lengths(),
                              arguments.formats(), binary ? 1 : 0));
 }
@@ -166,7 +179,6 @@ std::vector<OwnedResult> Pipeline::finish(size_t *failed) {
     if (PQpipelineSync(session_.raw()) != 1)
         session_.failLost("the commands cannot be sent");
     synced_ = true;
-    std::vector<OwnedResult> results;
     std::optional<Error> error;
     size_t first = 0; // that failed
     for (size_t i = 0; i < commands_; ++i) {
@@ -178,7 +190,7 @@ std::vector<OwnedResult> Pipeline::finish(size_t *failed) {
             first = i;
         }
         if (i >= before_)
-            results.push_back(std::move(result));
+            results_[i - before_] = std::move(result);
     }
     const OwnedResult end(PQgetResult(session_.raw())); // of the pipeline
     PQexitPipelineMode(session_.raw());
@@ -190,14 +202,14 @@ std::vector<OwnedResult> Pipeline::finish(size_t *failed) {
         *failed = first - before_;
     if (error)
         throw *std::move(error);
-    return results;
+    return std::move(results_);
 }
 
 // Takes what was sent and never asked for off the wire.
 void Pipeline::drain() noexcept {
     PGconn *raw = session_.raw();
-    if (!synced_)
-        PQpipelineSync(raw);
+    if (!synced_ && PQpipelineSync(raw) != 1)
+        session_.abandon(); // an answer would never come
     for (int empty = 0; empty < 2 && PQstatus(raw) == CONNECTION_OK;) {
         const OwnedResult result(PQgetResult(raw));
         empty = result == nullptr ? empty + 1 : 0;

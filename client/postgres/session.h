@@ -1,6 +1,7 @@
 // A connection on the wire: commands that travel together, and the transaction that they belong to.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -23,12 +24,20 @@ public:
     void rollback();
 
     // A command that can wait until others travel; it is forgotten when the transaction ends before that.
-    void later(std::string command) noexcept;
+    void later(std::string command) { later_.push_back(std::move(command)); }
     // Likewise for a prepared statement that is not needed any longer, whatever becomes of the transaction.
     void dropLater(const std::string &name);
 
     // Forgets all of what waits: the session is being cleaned.
     void forgetLater() noexcept;
+
+    // Gives the connection up where it cannot be left as it must be: what is open on it ends as if the server were
+    // gone.
+    void abandon() noexcept;
+
+    // Notes how large a message was. libpq keeps room for the largest for as long as the connection lives.
+    void noteMessage(size_t size) noexcept { largest_ = std::max(largest_, size); }
+    size_t largestMessage() const { return largest_; }
 
     // A name that the connection has not used yet, and that no user is likely to think of.
     std::string newName(char kind) { return std::string("ormel_") + kind + std::to_string(++names_); }
@@ -44,6 +53,7 @@ private:
     std::vector<std::string> later_;
     uint64_t number_ = 0;
     uint64_t names_ = 0;
+    size_t largest_ = 0;
 };
 
 // Commands that are sent as one and answered as one; when one fails, those behind it are not run.
@@ -69,12 +79,16 @@ public:
     std::vector<OwnedResult> finish(size_t *failed = nullptr);
 
 private:
+    // Has a place for an answer before its command is sent: once it is, nothing must fail but the command itself.
+    void expect() { results_.emplace_back(); }
     void sent(int accepted);
+    void send(const char *sql);
     void begin(PGTransactionStatusType status, Begin begin);
     OwnedResult next();
     void drain() noexcept;
 
     Session &session_;
+    std::vector<OwnedResult> results_;
     size_t before_ = 0;   // commands of the session's own
     size_t commands_ = 0; // all of them
     bool synced_ = false; // the end was sent

@@ -12,6 +12,7 @@ namespace {
 constexpr uint32_t kRowsOnTheWay = 1000;   // of a batch, before the server is asked how they fared
 constexpr size_t kStepBytes = 1024 * 1024; // about as much is fetched at a time
 constexpr uint32_t kMostRowsOfStep = 1000;
+constexpr uint32_t kMostRowsOfFetch = INT32_MAX; // that the server can be asked for
 
 uint64_t affectedBy(const PGresult *result) {
     return std::strtoull(PQcmdTuples(const_cast<PGresult *>(result)), nullptr, 10);
@@ -35,11 +36,16 @@ bool hasColumns(const PGresult *result, const std::vector<std::pair<Oid, int>> &
     return true;
 }
 
-void undoBatch(Session &session) {
-    Pipeline pipeline(session, Pipeline::Begin::no);
-    pipeline.run("ROLLBACK TO SAVEPOINT ormel_batch");
-    pipeline.run("RELEASE SAVEPOINT ormel_batch");
-    pipeline.finish();
+// Rather no connection than one with a part of a batch.
+void undoBatch(Session &session) noexcept {
+    try {
+        Pipeline pipeline(session, Pipeline::Begin::no);
+        pipeline.run("ROLLBACK TO SAVEPOINT ormel_batch");
+        pipeline.run("RELEASE SAVEPOINT ormel_batch");
+        pipeline.finish();
+    } catch (...) {
+        session.abandon();
+    }
 }
 
 } // namespace
@@ -47,7 +53,7 @@ void undoBatch(Session &session) {
 PostgresStatement::~PostgresStatement() {
     close();
     if (stale_)
-        connection_.session().dropLater(description_.name);
+        connection_.drop(description_.name);
     else
         connection_.giveBack(std::move(sql_), std::move(description_));
 }
@@ -57,7 +63,7 @@ void PostgresStatement::close() noexcept {
     row_ = 0;
     more_ = false;
     if (!cursor_.empty() && transactionNumber_ == connection_.session().number())
-        connection_.session().later("CLOSE " + cursor_);
+        connection_.closeCursor(cursor_);
     cursor_.clear();
 }
 
@@ -77,7 +83,7 @@ uint64_t PostgresStatement::execute(const std::vector<Value> &values, uint32_t r
         }
         connection_.session().rollback();
         const Description before = std::exchange(description_, connection_.describe(sql_, isQuery()));
-        connection_.session().dropLater(before.name);
+        connection_.drop(before.name);
         affected = run(values, readAhead);
     }
     executed_ = true;
@@ -96,14 +102,15 @@ uint64_t PostgresStatement::run(const std::vector<Value> &values, uint32_t readA
 
 // A cursor, so that rows can be fetched in steps while other statements run.
 void PostgresStatement::open(const Arguments &arguments, uint32_t readAhead) {
-    const std::string name = connection_.session().newName('c');
+    std::string name = connection_.session().newName('c');
+    const uint32_t rows = std::min(readAhead, kMostRowsOfFetch);
     Pipeline pipeline(connection_.session(), Pipeline::Begin::yes);
     pipeline.run("DECLARE " + name + " NO SCROLL CURSOR FOR " + sql_, arguments);
-    pipeline.runForRows("FETCH FORWARD " + std::to_string(readAhead) + " FROM " + name, description_.binary);
+    pipeline.runForRows("FETCH FORWARD " + std::to_string(rows) + " FROM " + name, description_.binary);
     auto results = pipeline.finish();
-    cursor_ = name;
+    cursor_ = std::move(name);
     rows_ = std::move(results[1]);
-    more_ = static_cast<uint32_t>(PQntuples(rows_.get())) == readAhead;
+    more_ = static_cast<uint32_t>(PQntuples(rows_.get())) == rows;
     if (hasColumns(rows_.get(), description_.types))
         return;
     // The table has changed since.
@@ -135,17 +142,24 @@ uint64_t PostgresStatement::executeBatch(const Batch &batch) {
     try {
         for (uint32_t first = 0; first < batch.rows(); first += kRowsOnTheWay)
             affected += sendRows(batch, first, std::min(kRowsOnTheWay, batch.rows() - first));
+        connection_.session().later("RELEASE SAVEPOINT ormel_batch");
     } catch (const Error &error) {
         stale_ = !fresh_ && tellsOfOtherColumns(error);
-        // A row that the server refused has failed the transaction; one that was never sent has not.
-        if (PQtransactionStatus(connection_.session().raw()) == PQTRANS_INTRANS)
-            undoBatch(connection_.session());
+        leaveBatch();
+        throw;
+    } catch (...) {
+        leaveBatch();
         throw;
     }
-    connection_.session().later("RELEASE SAVEPOINT ormel_batch");
     executed_ = true;
     fresh_ = false;
     return affected;
+}
+
+// A row that the server refused has failed the transaction; one that was never sent has not.
+void PostgresStatement::leaveBatch() noexcept {
+    if (PQtransactionStatus(connection_.session().raw()) == PQTRANS_INTRANS)
+        undoBatch(connection_.session());
 }
 
 // Sends some rows of a batch on one way.
@@ -166,8 +180,7 @@ uint64_t PostgresStatement::sendRows(const Batch &batch, uint32_t first, uint32_
     } catch (Error &error) {
         if (failed == count)
             throw;
-        error.message =
-            error.message.substr(0, 7) + "row " + std::to_string(first + failed) + ": " + error.message.substr(7);
+        error = makeError(stateOf(error), "row " + std::to_string(first + failed) + ": " + std::string(wordsIn(error)));
         throw;
     }
 }
@@ -199,7 +212,8 @@ bool PostgresStatement::fetch(RowBuffer &rows) {
         close();
         return false;
     }
-    appendRow(rows_.get(), row_++, description_.columns, rows);
+    connection_.session().noteMessage(appendRow(rows_.get(), row_, description_.columns, rows));
+    ++row_;
     return true;
 }
 

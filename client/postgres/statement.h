@@ -27,6 +27,7 @@ private:
     void open(const Arguments &arguments, uint32_t readAhead);
     uint64_t change(const Arguments &arguments);
     uint64_t sendRows(const Batch &batch, uint32_t first, uint32_t count);
+    void leaveBatch() noexcept;
     void read(uint32_t rows);
     uint32_t nextStep() const;
 

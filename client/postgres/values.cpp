@@ -198,6 +198,7 @@ void Arguments::addNull() {
 }
 
 void Arguments::addText(std::string text) {
+    size_ += text.size();
     values_.push_back(kept_.emplace_back(std::move(text)).c_str());
     lengths_.push_back(0);
     formats_.push_back(0);
@@ -211,6 +212,7 @@ void Arguments::addBinary(std::string bytes) {
 void Arguments::addBytes(const char *data, size_t size) {
     if (size > INT_MAX)
         refuse("54000", "a value of more than 2 GiB cannot be sent");
+    size_ += size;
     values_.push_back(data);
     lengths_.push_back(static_cast<int>(size));
     formats_.push_back(1);
@@ -235,10 +237,12 @@ void Arguments::addReal(Oid type, double value) {
     addText(realText(value));
 }
 
-void appendRow(const PGresult *result, int row, const std::vector<Column> &columns, RowBuffer &rows) {
+size_t appendRow(const PGresult *result, int row, const std::vector<Column> &columns, RowBuffer &rows) {
+    size_t size = 0;
     try {
         for (size_t i = 0; i < columns.size(); ++i) {
             const auto column = static_cast<int>(i);
+            size += static_cast<size_t>(PQgetlength(result, row, column));
             if (PQgetisnull(result, row, column) != 0)
                 rows.appendNull();
             else
@@ -247,6 +251,7 @@ void appendRow(const PGresult *result, int row, const std::vector<Column> &colum
                        rows);
         }
         rows.endRow();
+        return size;
     } catch (...) {
         rows.dropRow();
         throw;

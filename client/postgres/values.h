@@ -22,6 +22,7 @@ public:
     const char *const *values() const { return values_.data(); }
     const int *lengths() const { return lengths_.data(); }
     const int *formats() const { return formats_.data(); }
+    size_t size() const { return size_; } // about, in bytes
 
 private:
     void add(Oid type, const Value &value, size_t position);
@@ -37,9 +38,11 @@ private:
     std::vector<int> lengths_;
     std::vector<int> formats_;
     std::deque<std::string> kept_;
+    size_t size_ = 0;
 };
 
-// Appends a row of a result, each value in the form of its column's type; nothing of a row that fails stays.
-void appendRow(const PGresult *result, int row, const std::vector<Column> &columns, RowBuffer &rows);
+// Appends a row of a result, each value in the form of its column's type; nothing of a row that fails stays. Returns
+// how large the row was on its way.
+size_t appendRow(const PGresult *result, int row, const std::vector<Column> &columns, RowBuffer &rows);
 
 } // namespace ormel::client::postgres

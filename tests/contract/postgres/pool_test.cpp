@@ -129,6 +129,33 @@ TEST_P(ServerPoolTest, BatchesFollowTheirTables) {
     EXPECT_LE(failed, 1);
 }
 
+// libpq keeps buffers in the size of the largest message.
+TEST_P(ServerPoolTest, AConnectionOfLargeMessagesIsNotKept) {
+    Connection keeper = connect();
+    keeper.run("create table large (c text)");
+    keeper.commit();
+    for (const size_t size : {100'000U, 8'000'000U}) {
+        SCOPED_TRACE(size);
+        std::string of = processOfOne();
+        const bool small = size < 1'000'000;
+        {
+            Connection db = connect();
+            Statement insert(db, "insert into large (c) values (:1)");
+            insert.setLob(0, kClob, std::string(size, 'x'));
+            insert.execute();
+            db.commit();
+            EXPECT_EQ(process(db), of);
+        }
+        EXPECT_EQ(processOfOne() == of, small) << "written";
+        of = processOfOne();
+        {
+            Connection db = connect();
+            EXPECT_EQ(db.rows("select c from large where length(c) = " + std::to_string(size)).size(), 1U);
+        }
+        EXPECT_EQ(processOfOne() == of, small) << "read";
+    }
+}
+
 TEST_P(ServerPoolTest, CopyingFromTheClientIsRefused) {
     Connection db = connect();
     makeTable(db);

@@ -37,6 +37,17 @@ TEST_P(FetchTest, OneRowAtATime) {
     EXPECT_FALSE(query.fetch());
 }
 
+TEST_P(FetchTest, ReadingAheadMayMeanAll) {
+    Connection db = connect();
+    makeTable(db, 3);
+    for (const uint32_t ahead : {0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        Statement query(db, "select id from t");
+        query.readAhead(ahead);
+        EXPECT_EQ(query.execute(), 3U);
+        EXPECT_EQ(query.rest().size(), 3U);
+    }
+}
+
 TEST_P(FetchTest, TheEndStaysTheEnd) {
     Connection db = connect();
     makeTable(db, 1);

@@ -3,7 +3,11 @@
 #include <cstdlib>
 #include <libpq-fe.h>
 #include <memory>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
+
+#include "postgres/loopback.h"
 
 namespace contract {
 
@@ -20,7 +24,7 @@ std::string fromEnvironment(const char *name) {
     return value;
 }
 
-Server connectTo(const std::string &database) {
+Server serverWith(const std::string &database) {
     const std::string words = "host=127.0.0.1 user=postgres port=" + fromEnvironment("ORMEL_POSTGRES_PORT") +
                               " password=" + fromEnvironment("ORMEL_POSTGRES_PASSWORD") + " dbname=" + database;
     Server server(PQconnectdb(words.c_str()), PQfinish);
@@ -41,7 +45,7 @@ void run(PGconn *server, const std::string &sql) {
 std::string ownDatabase() {
     static const std::string name = [] {
         std::string made = "contract_" + std::to_string(getpid());
-        run(connectTo("postgres").get(), "CREATE DATABASE " + made);
+        run(serverWith("postgres").get(), "CREATE DATABASE " + made);
         return made;
     }();
     return name;
@@ -66,7 +70,7 @@ const char *PostgresEngine::lacks(Feature feature) const {
 
 std::string PostgresEngine::makeDatabase(const Home & /*home*/) {
     const std::string name = ownDatabase();
-    run(connectTo(name).get(), "DROP SCHEMA public CASCADE; CREATE SCHEMA public");
+    run(serverWith(name).get(), "DROP SCHEMA public CASCADE; CREATE SCHEMA public");
     return "db.driver=postgres\ndb.dbname=" + name + "\n";
 }
 
@@ -127,6 +131,27 @@ std::vector<Expression> PostgresEngine::expressions() const {
         {"id * 1.5::float8", kReal}, {"'x' || v", kClob},   {"cast(id as text)", kClob},
         {"'\\x00ff'::bytea", kBlob}, {"v::varchar", kClob},
     };
+}
+
+uint16_t serverPort() {
+    return static_cast<uint16_t>(std::stoi(fromEnvironment("ORMEL_POSTGRES_PORT")));
+}
+
+void runOnServer(const std::string &sql) {
+    run(serverWith(ownDatabase()).get(), sql);
+}
+
+void restartServer(const std::string &signal) {
+    const std::string path = fromEnvironment("ORMEL_POSTGRES_CONTROL");
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const Socket control(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (connect(control.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+        throw ClientError("the server cannot be restarted by " + path);
+    control.sendAll(signal.data(), signal.size());
+    char nothing = 0;
+    recv(control.get(), &nothing, 1, 0); // until it is closed
 }
 
 } // namespace contract

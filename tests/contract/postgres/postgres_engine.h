@@ -21,4 +21,12 @@ public:
     std::vector<Expression> expressions() const override;
 };
 
+uint16_t serverPort();
+
+// Runs a command that no transaction takes, past the client.
+void runOnServer(const std::string &sql);
+
+// Ends the server by a signal ("SIGQUIT": at once) and returns when it takes connections again.
+void restartServer(const std::string &signal);
+
 } // namespace contract

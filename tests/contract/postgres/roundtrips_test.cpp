@@ -1,0 +1,89 @@
+// How often a plain call of the library waits for the server, counted on the wire.
+#include <cstring>
+#include <ormeldb.h>
+#include <ormeldb/platform/decrypt.h>
+
+#include "postgres/postgres_engine.h"
+#include "postgres/proxy.h"
+#include "support/contract_test.h"
+
+namespace {
+
+using namespace contract;
+
+// Of a call whose statement is new to its connection, and of one whose statement was run before.
+constexpr uint64_t kMostOfNew = 3;
+constexpr uint64_t kMostOfKnown = 2;
+
+#pragma pack(push, 1)
+struct Piece {
+    int32_t id;
+    char v[161];
+};
+#pragma pack(pop)
+
+// The library itself, between which and the server the proxy stands.
+class RoundTripsTest : public ContractTest {
+protected:
+    RoundTripsTest() {
+        Connection db = connect();
+        makeTable(db);
+        const Target where = target();
+        configure("db.host=127.0.0.1\ndb.port=" + std::to_string(proxy_.port()) + "\ndb.user=" + where.user +
+                  "\nauth.sslmode=DISABLED\n");
+        std::strcpy(reinterpret_cast<char *>(g_decrypt_info_s) + ORMEL_DECRYPT_PASSWORD_OFFSET, where.password.c_str());
+        EXPECT_EQ(ORMEL_Init(), ORMEL_OK);
+    }
+    ~RoundTripsTest() override { ORMEL_UnInit(); }
+
+    static void insert(int32_t id) {
+        Piece piece = {id, "piece"};
+        const ORMEL_RECORD_BUFFER record = {sizeof piece, 1, sizeof piece, 0, reinterpret_cast<uint8_t *>(&piece)};
+        EXPECT_EQ(ORMEL_InsertRec("t", &record), ORMEL_OK);
+    }
+    static void select() {
+        Piece piece = {};
+        ORMEL_RECORD_BUFFER record = {sizeof piece, 0, sizeof piece, 0, reinterpret_cast<uint8_t *>(&piece)};
+        EXPECT_EQ(ORMEL_SelectRec("t", nullptr, 0, &record), ORMEL_OK);
+        EXPECT_EQ(piece.id, 1);
+    }
+
+    // One that knows no statement of the test yet, in place of the one that was kept.
+    static void leaveNewConnection() {
+        restartServer("SIGINT");
+        uint32_t rows = 0;
+        EXPECT_EQ(ORMEL_LocalExistRecord("t", nullptr, &rows), ORMEL_OK);
+    }
+
+    template <class Call> uint64_t roundTripsOf(Call call) {
+        proxy_.count();
+        call();
+        return proxy_.roundTrips();
+    }
+
+private:
+    Proxy proxy_{serverPort()};
+};
+ENGINE_SUITE(RoundTripsTest);
+
+TEST_P(RoundTripsTest, PlainCallsOnAKeptConnection) {
+    const uint64_t first = roundTripsOf([] { insert(1); });
+    leaveNewConnection();
+    std::vector<uint64_t> inserts;
+    std::vector<uint64_t> selects;
+    for (int32_t id = 2; id <= 4; ++id) {
+        inserts.push_back(roundTripsOf([&] { insert(id); }));
+        selects.push_back(roundTripsOf(select));
+    }
+    std::cout << "round trips: " << first << " of the first insert, " << testing::PrintToString(inserts)
+              << " of an insert, " << testing::PrintToString(selects)
+              << " of a select, the first of each new to the connection" << std::endl;
+    EXPECT_LE(first, kMostOfNew + 2) << "learns the table, too";
+    for (const auto &counted : {inserts, selects}) {
+        EXPECT_LE(counted[0], kMostOfNew);
+        EXPECT_LE(counted[1], kMostOfKnown);
+        EXPECT_LE(counted[2], kMostOfKnown);
+    }
+}
+
+} // namespace

@@ -88,6 +88,7 @@ TEST_F(CursorTest, OtherStatementsRunOnItsConnectionBetweenTwoFetches) {
 }
 
 TEST_F(CursorTest, AStatementThatFailsBesideItLeavesItOpen) {
+    NEEDS(workAfterError);
     makeRows(3);
     Object absent("nowhere");
     Cursor cursor("t");
@@ -190,7 +191,21 @@ TEST_F(CursorTest, AnEmptyTableIsAtItsEnd) {
     }
 }
 
-// One row, far behind what is read ahead, holds what its column is not declared as.
+// A relation like t one of whose rows cannot be read: it holds what its column is not declared as, or where the
+// database lets nothing such in, it is computed and cannot be.
+std::string spoilt(int row) {
+    const std::string id = std::to_string(row);
+    if (engine().lacks(Feature::misfits) == nullptr) {
+        execute("UPDATE t SET weight = 'heavy' WHERE id = " + id);
+        return "t";
+    }
+    execute("DROP VIEW IF EXISTS spoilt; DROP TABLE IF EXISTS whole; CREATE TABLE whole AS SELECT * FROM t;"
+            "CREATE VIEW spoilt AS SELECT id, name, weight / (id - " +
+            id + ") AS weight FROM whole");
+    return "spoilt";
+}
+
+// The row lies far behind what is read ahead.
 TEST_F(CursorTest, AnErrorIsAnErrorAndCanBeEnded) {
     constexpr int kBad = 200;
     struct Form {
@@ -210,16 +225,20 @@ TEST_F(CursorTest, AnErrorIsAnErrorAndCanBeEnded) {
          }},
     };
     makeRows(kBad + 1);
-    execute("UPDATE t SET weight = 'heavy' WHERE id = " + std::to_string(kBad));
+    const std::string table = spoilt(kBad);
     for (const Form &form : forms) {
         SCOPED_TRACE(form.code);
-        Cursor cursor("t");
+        Cursor cursor(table);
         ASSERT_NE(cursor, nullptr);
-        for (int id = 1; id < kBad; ++id)
-            ASSERT_EQ(form.fetch(cursor), ORMEL_OK);
-        EXPECT_EQ(form.fetch(cursor), form.code);
+        uint32_t code = ORMEL_OK;
+        int rows = 0;
+        while ((code = form.fetch(cursor)) == ORMEL_OK)
+            ++rows;
+        EXPECT_EQ(code, form.code);
+        EXPECT_GT(rows, 0);
+        EXPECT_LT(rows, kBad);
         EXPECT_EQ(g_stTransMgr.uiCount, 1U);
-        EXPECT_EQ(cursor.end(), ORMEL_OK);
+        EXPECT_EQ(cursor.end(), engine().lacks(Feature::workAfterError) == nullptr ? ORMEL_OK : ORMEL_ERR_FAILED);
         EXPECT_EQ(g_stTransMgr.uiCount, 0U);
     }
 }

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <set>
 
 #include "support/database.h"
 #include "support/memory.h"
@@ -133,15 +134,16 @@ void expectSame(const ORMEL_SELECT_RESULT *result, uint32_t row, const char *col
 void expectRows(const std::vector<Row> &rows) {
     for (const Reader &reader : kReaders) {
         SCOPED_TRACE(reader.name);
-        size_t seen = 0;
+        std::set<int32_t> seen;
         reader.read([&](const ORMEL_SELECT_RESULT *result, uint32_t row) {
             int32_t id = -1;
             ORMEL_ResultInt32Get(result, row, "id", &id);
-            ASSERT_EQ(id, static_cast<int32_t>(seen++));
+            ASSERT_LT(static_cast<size_t>(id), rows.size());
+            EXPECT_TRUE(seen.insert(id).second) << id;
             expectSame(result, row, "c", rows[static_cast<size_t>(id)].text);
             expectSame(result, row, "b", rows[static_cast<size_t>(id)].bytes);
         });
-        EXPECT_EQ(seen, rows.size());
+        EXPECT_EQ(seen.size(), rows.size());
     }
 }
 
@@ -161,7 +163,7 @@ TEST_P(LobTest, ComeBackAsTheyWentIn) {
         std::vector<std::string> sizes;
         for (const size_t size : kSizes)
             sizes.push_back(std::to_string(size));
-        EXPECT_EQ(query(std::string("SELECT length(CAST(") + column + " AS BLOB)) FROM lobs"), sizes);
+        EXPECT_EQ(query(std::string("SELECT length(CAST(") + column + " AS BLOB)) FROM lobs ORDER BY id"), sizes);
     }
     expectRows(rows);
 }
@@ -212,11 +214,11 @@ protected:
         });
         EXPECT_EQ(longest, kLargest);
         EXPECT_GE(growth.peak(), kLargest);
-        EXPECT_LE(growth.peak(), 2 * kLargest + kConstant);
+        EXPECT_LE(growth.peak(), engine().copiesRead() * kLargest + kConstant);
     }
 };
 
-TEST_P(LobMemoryTest, IsThreeTimesTheValueToWriteAndTwiceToRead) {
+TEST_P(LobMemoryTest, IsThreeTimesTheValueToWriteAndAFewToRead) {
     if (const std::string why = whyUnmeasured(); !why.empty())
         GTEST_SKIP() << why;
     expectWritten(&Row::bytes, bytesOf);

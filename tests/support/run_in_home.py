@@ -1,21 +1,32 @@
 #!/usr/bin/env python3
-"""Runs a program in the bin/ of a fresh home with an embedded database, and removes the home afterwards."""
+"""Runs a program in the bin/ of a fresh home, and removes the home afterwards.
+
+The home's database is an embedded one, or on the server that with_postgres.py started.
+"""
 import os
 import pathlib
 import subprocess
 import sys
 import tempfile
 
-PASSWORD = "secret\n"
+
+def database():
+    """The configuration and the password that lead to the database."""
+    port = os.environ.get("ORMEL_POSTGRES_PORT")
+    if port is None:
+        return "db.driver=sqlite\ndb.dbname=../data/ormel.db\ndb.user=tester\n", "secret"
+    return (f"db.driver=postgres\ndb.host=127.0.0.1\ndb.port={port}\ndb.dbname=postgres\ndb.user=postgres\n",
+            os.environ["ORMEL_POSTGRES_PASSWORD"])
 
 
 def make_home(home):
+    settings, secret = database()
     for folder in ("bin", "conf", "data", "var/log"):
         (home / folder).mkdir(parents=True)
-    (home / "conf/db.conf").write_text("db.driver=sqlite\ndb.dbname=../data/ormel.db\ndb.user=tester\n")
+    (home / "conf/db.conf").write_text(settings)
     password = home / "conf/db.password"
     password.touch(mode=0o600)
-    password.write_text(PASSWORD)
+    password.write_text(secret + "\n")
 
 
 def main():

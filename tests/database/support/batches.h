@@ -30,7 +30,7 @@ void fill(const Batch &batch, const std::vector<Part> &parts);
 // As many as asked for, with ids from first on.
 std::vector<Part> partsFrom(int32_t first, size_t count);
 
-// A variant of the insertion. What it left on its connection or slot is committed, whatever it returned.
+// A variant of the insertion. What it left on its connection or slot is committed where it can be.
 struct Variant {
     const char *name;
     uint32_t (*insert)(ORMEL_MULTI_OBJECT *multi);

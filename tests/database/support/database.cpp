@@ -2,40 +2,13 @@
 
 #include <fstream>
 #include <iterator>
-#include <memory>
-#include <sqlite3.h>
 #include <stdexcept>
 
 namespace database {
 
 namespace {
 
-constexpr char kFile[] = "../data/ormel.db";
 constexpr char kLog[] = "../var/log/slot-0";
-
-using Database = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
-
-// As patient as the library is.
-Database open() {
-    sqlite3 *db = nullptr;
-    if (sqlite3_open(kFile, &db) != SQLITE_OK)
-        throw std::runtime_error("run this program with tests/support/run_in_home.py: there is no database");
-    sqlite3_busy_timeout(db, 5000);
-    return {db, sqlite3_close};
-}
-
-int collect(void *texts, int, char **values, char **) {
-    static_cast<std::vector<std::string> *>(texts)->emplace_back(values[0] != nullptr ? values[0] : "");
-    return 0;
-}
-
-std::vector<std::string> run(const std::string &sql) {
-    const Database db = open();
-    std::vector<std::string> texts;
-    if (sqlite3_exec(db.get(), sql.c_str(), collect, &texts, nullptr) != SQLITE_OK)
-        throw std::runtime_error(sql + ": " + sqlite3_errmsg(db.get()));
-    return texts;
-}
 
 void start() {
     if (ORMEL_Init() != ORMEL_OK)
@@ -45,11 +18,11 @@ void start() {
 } // namespace
 
 void execute(const std::string &sql) {
-    run(sql);
+    engine().run(sql);
 }
 
 std::vector<std::string> query(const std::string &sql) {
-    return run(sql);
+    return engine().run(sql);
 }
 
 DatabaseTest::DatabaseTest() {

@@ -1,7 +1,8 @@
 // The library as programs use it, started for each test, and owners for what it hands out.
 //
 // The tests run in the bin/ of a home, which tests/support/run_in_home.py makes. What they check in the database, and
-// the tables that they need there, go past the library: over SQLite's own interface.
+// the tables that they need there, go past the library: over the database's own interface (engine.h). Statements are
+// written in SQLite's words; types and quote(x) are put into those of the engine.
 #pragma once
 
 #include <string>
@@ -11,6 +12,8 @@
 #include <gtest/gtest.h>
 
 #include <ormeldb.h>
+
+#include "support/engine.h"
 
 namespace database {
 

@@ -9,6 +9,8 @@
 
 #include <ormeldb/base.h>
 
+#include "support/engine.h"
+
 namespace database {
 
 namespace {
@@ -107,16 +109,25 @@ std::string text(Random &random, size_t longest) {
     }
 }
 
+constexpr size_t kDecimals = 4;
+
 // No more digits than are kept, and no zeros that say nothing.
 std::string decimal(Random &random, size_t digits) {
-    constexpr uint64_t mostDecimals = 4;
     std::string text = std::to_string(1 + below(random, 9));
     for (uint64_t more = below(random, digits); more > 0; --more)
         text += static_cast<char>('0' + below(random, 10));
-    const uint64_t decimals = below(random, mostDecimals + 1);
+    const uint64_t decimals = below(random, kDecimals + 1);
     if (decimals > 0 && decimals <= text.size() && text.back() != '0')
         text.insert(text.size() - decimals, decimals == text.size() ? "0." : ".");
     return below(random, 2) == 0 ? text : "-" + text;
+}
+
+// With all of the column's decimals.
+std::string filledUp(const std::string &decimal) {
+    const size_t point = decimal.find('.');
+    if (point == std::string::npos)
+        return decimal + "." + std::string(kDecimals, '0');
+    return decimal + std::string(kDecimals - (decimal.size() - point - 1), '0');
 }
 
 std::string date(Random &random, size_t) {
@@ -162,15 +173,21 @@ std::string largeBytes(Random &random, size_t longest) {
 }
 
 const std::vector<Kind> &kinds() {
-    static const std::vector<Kind> all = {
-        {"INTEGER", QDC_TYPE_INT32, 4, 0, integer},        {"SMALLINT", QDC_TYPE_INT32, 4, 0, smallInteger},
-        {"BIGINT", QDC_TYPE_INT64, 8, 0, bigInteger},      {"BOOLEAN", QDC_TYPE_BOOL, 4, 0, boolean},
-        {"DOUBLE", QDC_TYPE_DOUBLE, 8, 0, real},           {"CHAR(7)", QDC_TYPE_CHAR, 29, 7, text},
-        {"VARCHAR(1)", QDC_TYPE_VARCHAR, 5, 1, text},      {"VARCHAR(40)", QDC_TYPE_VARCHAR, 161, 40, text},
-        {"NUMERIC(15,4)", QDC_TYPE_TEXT, 19, 15, decimal}, {"DATE", QDC_TYPE_TEXT, 36, 0, date},
-        {"BINARY(9)", QDC_TYPE_BINARY, 9, 9, bytesUpTo},   {"VARBINARY(300)", QDC_TYPE_VARBINARY, 300, 300, bytesUpTo},
-        {"TEXT", QDC_TYPE_CLOB, 44, 3000, largeText},      {"BLOB", QDC_TYPE_BLOB, 44, 3000, largeBytes},
-    };
+    static const std::vector<Kind> all = [] {
+        std::vector<Kind> kinds = {
+            {"INTEGER", QDC_TYPE_INT32, 4, 0, integer},        {"SMALLINT", QDC_TYPE_INT32, 4, 0, smallInteger},
+            {"BIGINT", QDC_TYPE_INT64, 8, 0, bigInteger},      {"BOOLEAN", QDC_TYPE_BOOL, 4, 0, boolean},
+            {"DOUBLE", QDC_TYPE_DOUBLE, 8, 0, real},           {"CHAR(7)", QDC_TYPE_CHAR, 29, 7, text},
+            {"VARCHAR(1)", QDC_TYPE_VARCHAR, 5, 1, text},      {"VARCHAR(40)", QDC_TYPE_VARCHAR, 161, 40, text},
+            {"NUMERIC(19,4)", QDC_TYPE_TEXT, 23, 15, decimal}, {"DATE", QDC_TYPE_TEXT, 36, 0, date},
+            {"TEXT", QDC_TYPE_CLOB, 44, 3000, largeText},      {"BLOB", QDC_TYPE_BLOB, 44, 3000, largeBytes},
+        };
+        if (engine().lacks(Feature::fixedBytes) == nullptr) {
+            kinds.push_back({"BINARY(9)", QDC_TYPE_BINARY, 9, 9, bytesUpTo});
+            kinds.push_back({"VARBINARY(300)", QDC_TYPE_VARBINARY, 300, 300, bytesUpTo});
+        }
+        return kinds;
+    }();
     return all;
 }
 
@@ -209,6 +226,10 @@ bool Kind::large() const {
     return type == QDC_TYPE_CLOB || type == QDC_TYPE_BLOB;
 }
 
+bool Kind::takesEmpty() const {
+    return (make != decimal && make != date) || engine().lacks(Feature::emptyNumbers) == nullptr;
+}
+
 bool Kind::bytes() const {
     return type == QDC_TYPE_BINARY || type == QDC_TYPE_VARBINARY;
 }
@@ -240,7 +261,8 @@ Table randomTable(Random &random, size_t columns, size_t rows) {
         Row row = {key};
         for (size_t i = 1; i < columns; ++i) {
             const Kind &kind = table.columns[i].kind;
-            row.push_back(below(random, 8) == 0 ? std::nullopt : Cell(kind.make(random, kind.longest)));
+            const bool null = below(random, 8) == 0 && (large || kind.takesEmpty());
+            row.push_back(null ? std::nullopt : Cell(kind.make(random, kind.longest)));
         }
         table.rows.push_back(std::move(row));
     }
@@ -250,7 +272,11 @@ Table randomTable(Random &random, size_t columns, size_t rows) {
 
 Cell kept(const Column &column, const Cell &cell) {
     const bool zero = column.kind.type == QDC_TYPE_DOUBLE && cell == bytesOf(-0.0);
-    return zero ? bytesOf(0.0) : cell;
+    if (zero && engine().lacks(Feature::negativeZero) != nullptr)
+        return bytesOf(0.0);
+    if (cell && column.kind.make == decimal && engine().lacks(Feature::numericAsWritten) != nullptr)
+        return filledUp(*cell);
+    return cell;
 }
 
 std::string fieldOf(const Column &column, const Cell &cell) {

@@ -28,8 +28,9 @@ struct Kind {
     std::string (*make)(Random &random, size_t longest);
 
     bool text() const;
-    bool large() const; // records do not carry its values
-    bool bytes() const; // of its values, records carry no length
+    bool large() const;      // records do not carry its values
+    bool bytes() const;      // of its values, records carry no length
+    bool takesEmpty() const; // as which records write NULL
 };
 
 struct Column {
@@ -50,7 +51,7 @@ struct Table {
 // As many columns as asked for, of kinds of chance; where there is room, of every kind there is.
 Table randomTable(Random &random, size_t columns, size_t rows);
 
-// What a column keeps of a value: a zero loses its sign.
+// What a column keeps of a value: a zero may lose its sign, a decimal be filled up.
 Cell kept(const Column &column, const Cell &cell);
 
 // The field of a record that holds the value, filled up with zeros; NULL is all zeros.

@@ -28,7 +28,7 @@ template <class Plain, class OnSlot> void writeRows(const Table &table, Plain pl
 // A record has a value in every field, and of a byte string no length.
 Cell keptOfRecord(const Column &column, const Cell &cell) {
     const bool ends = column.kind.text();
-    return ends ? cell.value_or("") : *kept(column, fieldOf(column, cell));
+    return ends ? kept(column, cell).value_or("") : *kept(column, fieldOf(column, cell));
 }
 
 std::string recordOf(const Table &table, const Row &row) {

@@ -97,9 +97,15 @@ int ClientDouble::Count(const std::string &operation) const {
     return count;
 }
 
+std::vector<std::string> ClientDouble::Failed() const {
+    std::lock_guard guard(impl_->mutex);
+    return impl_->failed;
+}
+
 void ClientDouble::ForgetCalls() {
     std::lock_guard guard(impl_->mutex);
     impl_->calls.clear();
+    impl_->failed.clear();
     impl_->bounds.clear();
 }
 

@@ -71,7 +71,7 @@ public:
 
     // How statements whose text begins so answer; the latest rule that fits wins. Without one: no columns, no rows.
     void On(const std::string &prefix, Answer answer);
-    // The n-th call of an operation from now on fails ("prepare", "execute", ...), or all from the n-th on.
+    // The n-th call of an operation from now on fails ("prepare", "execute", ...; "": of any), or all from the n-th on.
     void Fail(const std::string &operation, int n = 1);
     void FailFrom(const std::string &operation, int n = 1);
     void FailNothing();
@@ -83,6 +83,8 @@ public:
     // The same without the reading of rows and columns.
     std::vector<std::string> CallsButReads() const;
     int Count(const std::string &operation) const;
+    // Those of the calls that failed.
+    std::vector<std::string> Failed() const;
     void ForgetCalls();
     std::vector<Bound> Bounds() const;
 

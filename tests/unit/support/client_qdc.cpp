@@ -217,9 +217,12 @@ uint32_t qdc_fetch(void *pStmt, uint32_t *puiRows) {
     return status;
 }
 
+// It answers no status: a failing one tells of no rows.
 uint32_t qdc_get_affected_rows(void *pStmt) {
     ScriptHandle *stmt = Stmt(pStmt);
-    Asked("get_affected_rows", stmt->name);
+    if (Asked("get_affected_rows", stmt->name) != 0) {
+        return 0;
+    }
     return stmt->answer.affected.value_or(static_cast<uint32_t>(stmt->answer.rows.size()));
 }
 

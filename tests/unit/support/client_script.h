@@ -41,16 +41,26 @@ public:
             hook();
         }
         std::lock_guard guard(mutex);
+        bool refused = Due(operation);
+        refused = Due("") || refused;
+        if (refused) {
+            failed.push_back(operation + "(" + arguments + ")");
+        }
+        return !refused;
+    }
+
+    // Counts a call against the failure that is set for an operation, or for all of them; whether it is one that fails.
+    bool Due(const std::string &operation) {
         auto found = failures.find(operation);
         if (found == failures.end() || found->second.after-- > 0) {
-            return true;
+            return false;
         }
         if (found->second.lasting) {
             found->second.after = 0;
         } else {
             failures.erase(found);
         }
-        return false;
+        return true;
     }
 
     ScriptHandle *New(char kind, ScriptHandle *parent) {
@@ -99,6 +109,7 @@ public:
 
     mutable std::mutex mutex;
     std::vector<std::string> calls;
+    std::vector<std::string> failed;
     std::vector<std::pair<std::string, Answer>> rules;
     std::map<std::string, Failure> failures;
     std::map<std::string, std::function<void()>> hooks;

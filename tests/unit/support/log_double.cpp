@@ -58,6 +58,26 @@ void LogDouble::Reset() {
     madeFiles.clear();
     deleted.clear();
     linesWhenDeleted = 0;
+    reads = true;
+    FailNothing();
+    failed_ = false;
+}
+
+void LogDouble::Fail(int n, bool lasting) {
+    failed_ = false;
+    lasting_ = lasting;
+    left_ = n;
+}
+
+void LogDouble::FailNothing() {
+    left_ = 0;
+    lasting_ = false;
+}
+
+bool LogDouble::Called() {
+    bool fails = left_ > 0 ? --left_ == 0 : lasting_ && failed_;
+    failed_ = failed_ || fails;
+    return !fails;
 }
 
 std::vector<std::string> LogDouble::LinesOf(const std::string &function, int from) const {
@@ -96,6 +116,9 @@ bool LogDouble::Says(const std::string &text) const {
 }
 
 void LogDouble::Take(void *handle, const char *text, uint32_t length, int32_t level) {
+    if (!reads) {
+        return;
+    }
     Line line{handle, std::string(text, length), length, level, -1, "", "", 0, "", ""};
     EXPECT_TRUE(Parse(line)) << "not a log line: " << line.raw;
     EXPECT_EQ(line.level, level) << line.raw;
@@ -123,11 +146,14 @@ unsigned char g_decrypt_info_s[8192];
 void *LIB_LOG_CreateInstance(const LIB_LOG_INSTANCE_CFG *pstCfg) {
     unit::Log().made.push_back(*pstCfg);
     unit::Log().madeFiles.emplace_back(pstCfg->pcFileName);
-    return unit::Log().instance;
+    return unit::Log().Called() ? unit::Log().instance : nullptr;
 }
 
 int32_t LIB_LOG_Print(void *pHandle, const char *pcLine, uint32_t uiLen, int32_t iLevel) {
     EXPECT_EQ(std::strlen(pcLine), uiLen);
+    if (!unit::Log().Called()) {
+        return -1;
+    }
     unit::Log().Take(pHandle, pcLine, uiLen, iLevel);
     return 0;
 }
@@ -135,17 +161,17 @@ int32_t LIB_LOG_Print(void *pHandle, const char *pcLine, uint32_t uiLen, int32_t
 int32_t LIB_LOG_DeleteInstance(void *pHandle) {
     unit::Log().deleted.push_back(pHandle);
     unit::Log().linesWhenDeleted = unit::Log().Raw().size();
-    return 0;
+    return unit::Log().Called() ? 0 : -1;
 }
 
 const char *OPB_GetLogConfig(const char *pcName) {
     EXPECT_STREQ(pcName, "OPB_VEMLO_DEBUG");
-    return unit::Log().debugValue;
+    return unit::Log().Called() ? unit::Log().debugValue : nullptr;
 }
 
 int32_t FrameDebugLevelGet(void) {
     ++unit::Log().thresholdReads;
-    return unit::Log().threshold;
+    return unit::Log().Called() ? unit::Log().threshold.load() : INT32_MAX;
 }
 
 void FrameDebugLevelSet(int32_t iLevel) {

@@ -47,6 +47,13 @@ public:
     std::vector<int32_t> thresholdSets;
     std::function<void(const Line &)> hook; // called with every line
 
+    // The n-th call of the service from now on fails, or all from the n-th on: no instance, a line that is lost, no
+    // configured level, a threshold above every level.
+    void Fail(int n = 1, bool lasting = false);
+    void FailNothing();
+    bool Failed() const { return failed_; }
+    bool reads = true; // false: lines are neither looked at nor kept
+
     const char *debugValue = nullptr; // the value "OPB_VEMLO_DEBUG"
     void *instance = nullptr;         // what making an instance gives
     std::vector<LIB_LOG_INSTANCE_CFG> made;
@@ -55,8 +62,13 @@ public:
     size_t linesWhenDeleted = 0;
 
     void Take(void *handle, const char *line, uint32_t length, int32_t level);
+    // Counts a call of the service; false when it is one that fails.
+    bool Called();
 
 private:
+    std::atomic<int> left_{0}; // calls up to the one that fails; 0 and below: there is none
+    std::atomic<bool> lasting_{false};
+    std::atomic<bool> failed_{false};
     mutable std::mutex mutex_;
     std::vector<Line> lines_;
 };

@@ -23,6 +23,7 @@ struct Heap {
     std::unordered_set<void *> live;
     bool armed = false;
     int failing = 0;
+    bool lasting = false;
     int seen = 0;
     std::vector<size_t> sizes;
 };
@@ -40,7 +41,8 @@ bool Refused(size_t count, size_t size) {
     size_t bytes = overflow ? static_cast<size_t>(-1) : count * size;
     if (heap.armed) {
         heap.sizes.push_back(bytes);
-        if (++heap.seen == heap.failing) {
+        ++heap.seen;
+        if (heap.seen == heap.failing || (heap.lasting && heap.failing > 0 && heap.seen > heap.failing)) {
             return true;
         }
     }
@@ -64,11 +66,12 @@ void Gone(void *block) {
 
 } // namespace
 
-FailingAllocation::FailingAllocation(int n) {
+FailingAllocation::FailingAllocation(int n, bool lasting) {
     Heap &heap = TheHeap();
     std::lock_guard guard(heap.mutex);
     heap.armed = true;
     heap.failing = n;
+    heap.lasting = lasting;
     heap.seen = 0;
     heap.sizes.clear();
 }

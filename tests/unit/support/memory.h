@@ -12,10 +12,10 @@ namespace unit {
 // The largest block that is ever given: sizes that come out of absurd counts are refused.
 inline constexpr size_t kLargestBlock = size_t{1} << 30;
 
-// Makes the n-th allocation fail, counted from its construction on; n 0 only counts.
+// Makes the n-th allocation fail, counted from its construction on, or all from the n-th on; n 0 only counts.
 class FailingAllocation {
 public:
-    explicit FailingAllocation(int n);
+    explicit FailingAllocation(int n, bool lasting = false);
     ~FailingAllocation();
     FailingAllocation(const FailingAllocation &) = delete;
     FailingAllocation &operator=(const FailingAllocation &) = delete;

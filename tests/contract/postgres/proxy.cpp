@@ -72,6 +72,7 @@ void Proxy::count() {
     const std::lock_guard lock(mutex_);
     passed_[toServer] = passed_[toClient] = {};
     roundTrips_ = 0;
+    armed_ = false;
 }
 
 Proxy::Passed Proxy::passed(Direction direction) const {

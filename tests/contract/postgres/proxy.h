@@ -48,7 +48,7 @@ public:
     // Counts anew, and fails there.
     void fail(const Fault &fault);
     bool hasFailed() const;
-    // Counts anew.
+    // Counts anew, and fails no more.
     void count();
     Passed passed(Direction direction) const;
     // How often the client spoke after the server had.

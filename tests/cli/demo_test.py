@@ -7,7 +7,7 @@ import re
 import subprocess
 import unittest
 
-from harness import ORMEL, SOURCE, DirectoryTest
+from harness import ORMEL, POSTGRES, SOURCE, DirectoryTest
 
 DATA = "/usr/share/unicode/UnicodeData.txt"
 
@@ -46,7 +46,10 @@ class Demo(DirectoryTest):
         self.assertEqual(said("count unicode --where 'remark = seen in winter'"), [snow])
         self.assertEqual(said("delete unicode --where 'category = Co'"), [count(lambda row: row[2] == "Co") + " deleted"])
         self.assertIn("15 columns, record length ", said("describe unicode")[0])
-        for place in ["data/ormel.db", "conf/db.conf", "var/log/slot-900"]:
+        if POSTGRES:
+            self.assertIn(f"\ndatabase       postgres on localhost:{POSTGRES}, until the demo ends\n", done.stdout)
+            self.assertIn("engine        postgres\n", said("check")[0])
+        for place in ["conf/db.conf", "var/log/slot-900"] + ([] if POSTGRES else ["data/ormel.db"]):
             self.assertIn(self.path("home/" + place), done.stdout)
             self.assertTrue(os.path.exists(self.path("home/" + place)))
         last = steps["tail -n 5 home/var/log/slot-900"][0].splitlines()
@@ -56,6 +59,24 @@ class Demo(DirectoryTest):
             self.assertRegex(line, r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6} [A-Z]+ LOG_ORMEL:\d+:\w+: ")
         self.assertRegex(last[-1], r"ORMEL_TransMgrClean: After Uninit, Conn count: 0$")
         self.assertTrue(any(re.search(r"db\.conf host:", line) for line in last), last)
+
+    def run_demo(self, *words):
+        return subprocess.run([os.path.join(SOURCE, "scripts/demo"), *words], capture_output=True, encoding="utf-8",
+                              timeout=100)
+
+    def test_tells_its_usage(self):
+        for word in ["--help", "-h"]:
+            done = self.run_demo(word)
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            self.assertTrue(done.stdout.startswith("usage: scripts/demo [--engine ENGINE]\n"), done.stdout)
+
+    def test_an_engine_that_there_is_not(self):
+        for words in [["--engine", "none"], ["--engine"], ["postgres"], ["--engine", "postgres", "twice"]]:
+            done = self.run_demo(*words)
+            self.assertEqual((done.returncode, done.stdout), (2, ""))
+            lines = done.stderr.splitlines()
+            self.assertEqual(lines[0], "scripts/demo: it does not take these words: " + " ".join(words))
+            self.assertIn("ENGINE is sqlite", lines[2])
 
 
 if __name__ == "__main__":

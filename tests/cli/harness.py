@@ -10,6 +10,7 @@ import unittest
 ORMEL = os.environ["ORMEL"]
 EXAMPLES = os.environ["ORMEL_EXAMPLES"]  # the directory of the built example programs
 SOURCE = os.environ["ORMEL_SOURCE"]
+POSTGRES = os.environ.get("ORMEL_POSTGRES_PORT")  # of the server that with_postgres.py started; None: the embedded engine
 
 
 class DirectoryTest(unittest.TestCase):
@@ -63,7 +64,12 @@ class HomeTest(DirectoryTest):
 
     def setUp(self):
         super().setUp()
-        self.succeed("new", "home", "--password-file", "password")
+        words = []
+        if POSTGRES:
+            self.write("password", os.environ["ORMEL_POSTGRES_PASSWORD"] + "\n")
+            words = ["--engine", "postgres", "--host", "127.0.0.1", "--port", POSTGRES, "--dbname", "postgres",
+                     "--user", "postgres"]
+        self.succeed("new", "home", "--password-file", "password", *words)
 
     def ormel(self, *arguments, **options):
         return self.succeed("--home", "home", *arguments, **options)

@@ -57,6 +57,13 @@ std::string connectRemedy() {
         return "correct db.user in that file, or the password in " + homeFile("conf/db.password");
     if (state == "3D000")
         return "correct db.dbname in that file, or make the database on the server";
+    if (state == "53300")
+        return "try again when others have gone, or let the server take more: max_connections in its configuration, or "
+               "the CONNECTION LIMIT of the user or the database";
+    if (std::strstr(error.acText, "certificate") != nullptr)
+        return "see that auth.sslrootcert in that file is the authority of the server's certificate, and db.host a "
+               "name "
+               "that the certificate is made out to";
     return "see that the server runs, and correct that file where its settings are not the server's";
 }
 

@@ -57,7 +57,16 @@ class Check(PostgresTest):
 
     def test_a_certificate_of_another_host(self):
         self.new("other", "--sslmode", "VERIFY_FULL", "--sslrootcert", AUTHORITY)
-        self.assertIn(f'does not match host name "{HOST}"', self.refused(1, "check", home="other"))
+        line = self.refused(1, "check", home="other")
+        self.assertIn(f'does not match host name "{HOST}"', line)
+        self.assertIn("db.host a name that the certificate is made out to", line)
+
+    def test_a_certificate_of_another_authority(self):
+        foreign = os.path.join(os.path.dirname(AUTHORITY), "foreign.crt")
+        self.new("foreign", "--sslmode", "VERIFY_CA", "--sslrootcert", foreign)
+        line = self.refused(1, "check", home="foreign")
+        self.assertIn("certificate verify failed", line)
+        self.assertIn("see that auth.sslrootcert in that file is the authority of the server's certificate", line)
 
     def test_a_server_is_meant_where_a_host_is_named_and_no_engine(self):
         text = self.read("home/conf/db.conf")
@@ -102,6 +111,15 @@ class Trouble(PostgresTest):
                                                     "names: "), line)
                     self.assertIn(words, line)
                     self.assertIn(remedy, line)
+
+    def test_a_server_that_takes_no_more(self):
+        self.sql("CREATE ROLE few LOGIN PASSWORD 'few' CONNECTION LIMIT 0")
+        self.addCleanup(self.sql, "DROP ROLE few")
+        self.new("fews", user="few", password="few")
+        line = self.refused(1, "check", home="fews")
+        self.assertIn('53300: too many connections for role "few"', line)
+        self.assertTrue(line.endswith("; try again when others have gone, or let the server take more: max_connections "
+                                      "in its configuration, or the CONNECTION LIMIT of the user or the database"), line)
 
     def test_the_password_is_never_shown(self):
         self.new("shown", password="very-secret", user="nobody")

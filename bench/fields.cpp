@@ -8,8 +8,8 @@
 #include <ormeldb.h>
 
 #include "check.h"
+#include "database.h"
 #include "home.h"
-#include "raw.h"
 
 namespace {
 
@@ -35,10 +35,9 @@ public:
             declared += (i == 0 ? "" : ", ") + std::string(kNames[i]) + " INTEGER";
             values += i == 0 ? "i" : ", i + " + std::to_string(i);
         }
-        run(openDatabase().get(), ("CREATE TABLE IF NOT EXISTS " + table + " (" + declared + "); DELETE FROM " + table +
-                                   "; WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " +
-                                   std::to_string(kRows) + ") INSERT INTO " + table + " SELECT " + values + " FROM n")
-                                      .c_str());
+        run("CREATE TABLE IF NOT EXISTS " + table + " (" + declared + "); DELETE FROM " + table +
+            "; WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < " + std::to_string(kRows) +
+            ") INSERT INTO " + table + " SELECT " + values + " FROM n");
         if (ORMEL_SelectRec2(table.c_str(), nullptr, 0, &result_) != ORMEL_OK || result_.uiRecNum != kRows)
             die("no rows of " + table);
     }

@@ -7,23 +7,22 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "raw.h"
+#include "database.h"
+#include "work.h"
 
 namespace {
 
-void write(const std::string &file, const char *text) {
+void write(const std::string &file, const std::string &text) {
     std::ofstream(file) << text;
 }
 
 // The tables: people is read, made is written to.
-constexpr char kTables[] = R"(
-    CREATE TABLE people (id INTEGER PRIMARY KEY, name VARCHAR(32), city VARCHAR(32), height DOUBLE, born BIGINT,
-                         active BOOLEAN);
-    CREATE TABLE made (id INTEGER, name VARCHAR(32), city VARCHAR(32), height DOUBLE, born BIGINT, active BOOLEAN);
-    WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i + 1 < 10000)
-    INSERT INTO people SELECT i, 'name ' || i, 'city ' || (i % 100), i * 0.5, i * 1000000000, i % 2 FROM n;
-)";
-static_assert(bench::kPeople == 10000, "as the statement above has it");
+void makeTables() {
+    bench::run(
+        "CREATE TABLE people (" + bench::kPersonColumns + "); INSERT INTO people " + bench::persons(bench::kPeople) +
+        "; CREATE TABLE made (id INTEGER, name VARCHAR(32), city VARCHAR(32), height DOUBLE PRECISION, born BIGINT,"
+        " active BOOLEAN)");
+}
 
 } // namespace
 
@@ -39,12 +38,12 @@ bench::Home::Home() {
     path_ = pattern;
     for (const char *folder : {"bin", "conf", "data", "var"})
         std::filesystem::create_directory(path_ + "/" + folder);
-    write(path_ + "/conf/db.conf", "db.driver=sqlite\n");
-    write(path_ + "/conf/db.password", "none\n");
+    write(path_ + "/conf/db.conf", settings());
+    write(path_ + "/conf/db.password", password() + "\n");
     chmod((path_ + "/conf/db.password").c_str(), 0600);
     if (chdir((path_ + "/bin").c_str()) != 0)
         die("the temporary folder cannot be entered");
-    run(openDatabase().get(), kTables);
+    makeTables();
 }
 
 bench::Home::~Home() {

@@ -18,7 +18,4 @@ private:
     std::string path_;
 };
 
-inline constexpr char kDatabase[] = "../data/ormel.db";
-inline constexpr int kPeople = 10000; // rows of the table people, with the keys 0 to kPeople - 1
-
 } // namespace bench

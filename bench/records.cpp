@@ -1,4 +1,4 @@
-// Records through ormeldb ("x/ormel") and the same over SQLite's own interface ("x/raw").
+// Records through ormeldb ("x/ormel").
 #include <benchmark/benchmark.h>
 #include <cstdlib>
 #include <cstring>
@@ -8,27 +8,11 @@
 #include <ormeldb.h>
 
 #include "check.h"
-#include "home.h"
-#include "raw.h"
+#include "work.h"
 
 namespace {
 
 using namespace bench;
-
-constexpr int kRowsPerTransaction = 1000;
-
-constexpr char kInsert[] = "INSERT INTO made (id, name, city, height, born, active) values (?1, ?2, ?3, ?4, ?5, ?6)";
-
-void insertRaw(sqlite3_stmt *stmt, int id) {
-    sqlite3_bind_int(stmt, 1, id);
-    sqlite3_bind_text(stmt, 2, "a name", 6, SQLITE_STATIC);
-    sqlite3_bind_text(stmt, 3, "a city", 6, SQLITE_STATIC);
-    sqlite3_bind_double(stmt, 4, 1.75);
-    sqlite3_bind_int64(stmt, 5, 1000000000000);
-    sqlite3_bind_int(stmt, 6, 1);
-    sqlite3_step(stmt);
-    sqlite3_reset(stmt);
-}
 
 // A record of the tables people and made; both have the same columns.
 class Record {
@@ -91,19 +75,6 @@ void insertInTransaction(benchmark::State &state) {
 }
 BENCHMARK(insertInTransaction)->Name("insert 1000 in a transaction/ormel")->UseRealTime();
 
-void insertInTransactionRaw(benchmark::State &state) {
-    for (auto _ : state) {
-        const Database db = openDatabase();
-        run(db.get(), "BEGIN IMMEDIATE");
-        const Prepared stmt = prepare(db.get(), kInsert);
-        for (int i = 0; i < kRowsPerTransaction; ++i)
-            insertRaw(stmt.get(), i);
-        run(db.get(), "COMMIT");
-    }
-    state.SetItemsProcessed(state.iterations() * kRowsPerTransaction);
-}
-BENCHMARK(insertInTransactionRaw)->Name("insert 1000 in a transaction/raw")->UseRealTime();
-
 void insertPlain(benchmark::State &state) {
     Record record;
     for (auto _ : state)
@@ -111,16 +82,6 @@ void insertPlain(benchmark::State &state) {
             break;
 }
 BENCHMARK(insertPlain)->Name("insert one, connection and commit included/ormel")->UseRealTime();
-
-void insertPlainRaw(benchmark::State &state) {
-    for (auto _ : state) {
-        const Database db = openDatabase();
-        run(db.get(), "BEGIN IMMEDIATE");
-        insertRaw(prepare(db.get(), kInsert).get(), 1);
-        run(db.get(), "COMMIT");
-    }
-}
-BENCHMARK(insertPlainRaw)->Name("insert one, connection and commit included/raw")->UseRealTime();
 
 void selectByKey(benchmark::State &state) {
     Record record;
@@ -134,18 +95,6 @@ void selectByKey(benchmark::State &state) {
 }
 BENCHMARK(selectByKey)->Name("select one by key/ormel")->UseRealTime();
 
-void selectByKeyRaw(benchmark::State &state) {
-    const Database db = openDatabase();
-    int id = 0;
-    for (auto _ : state) {
-        const Prepared stmt = prepare(db.get(), "SELECT * FROM people WHERE id = ?1");
-        sqlite3_bind_int(stmt.get(), 1, id++ % kPeople);
-        sqlite3_step(stmt.get());
-        benchmark::DoNotOptimize(sqlite3_column_text(stmt.get(), 1));
-    }
-}
-BENCHMARK(selectByKeyRaw)->Name("select one by key/raw")->UseRealTime();
-
 void selectAll(benchmark::State &state) {
     void *conn = ORMEL_DBConnect();
     const ORMEL_PARA everything = {};
@@ -158,19 +107,5 @@ void selectAll(benchmark::State &state) {
     state.SetItemsProcessed(state.iterations() * kPeople);
 }
 BENCHMARK(selectAll)->Name("select 10000 into a result/ormel")->UseRealTime();
-
-void selectAllRaw(benchmark::State &state) {
-    const Database db = openDatabase();
-    for (auto _ : state) {
-        const Prepared prepared = prepare(db.get(), "SELECT * FROM people");
-        sqlite3_stmt *stmt = prepared.get();
-        std::vector<Person> people;
-        while (sqlite3_step(stmt) == SQLITE_ROW)
-            people.push_back(currentPerson(stmt));
-        benchmark::DoNotOptimize(people.data());
-    }
-    state.SetItemsProcessed(state.iterations() * kPeople);
-}
-BENCHMARK(selectAllRaw)->Name("select 10000 into a result/raw")->UseRealTime();
 
 } // namespace

@@ -1,8 +1,10 @@
-#include "raw.h"
+#include "sqlite/raw.h"
 
 #include "home.h"
 
 namespace {
+
+constexpr char kDatabase[] = "../data/ormel.db";
 
 std::string textOf(sqlite3_stmt *stmt, int column) {
     const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, column));
@@ -10,6 +12,20 @@ std::string textOf(sqlite3_stmt *stmt, int column) {
 }
 
 } // namespace
+
+const char *const bench::kBytes = "BLOB";
+
+std::string bench::settings() {
+    return "db.driver=sqlite\n";
+}
+
+std::string bench::password() {
+    return "none";
+}
+
+void bench::run(const std::string &sql) {
+    run(openDatabase().get(), sql.c_str());
+}
 
 void bench::run(sqlite3 *db, const char *sql) {
     if (sqlite3_exec(db, sql, nullptr, nullptr, nullptr) != SQLITE_OK)

@@ -1,10 +1,10 @@
 // SQLite's own interface, as a program without ormeldb would use it.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <sqlite3.h>
-#include <string>
+
+#include "database.h"
 
 namespace bench {
 
@@ -17,7 +17,6 @@ struct Finalize {
 using Database = std::unique_ptr<sqlite3, CloseDatabase>;
 using Prepared = std::unique_ptr<sqlite3_stmt, Finalize>;
 
-// Runs statements; ends the program with a message where one fails.
 void run(sqlite3 *db, const char *sql);
 
 // Opened as the embedded engine opens it.
@@ -25,15 +24,7 @@ Database openDatabase();
 
 Prepared prepare(sqlite3 *db, const char *sql);
 
-// A row of the table people, or of another with its columns, as such a program would keep it.
-struct Person {
-    int id;
-    std::string name;
-    std::string city;
-    double height;
-    int64_t born;
-    bool active;
-};
+// The row that the statement has come to.
 Person currentPerson(sqlite3_stmt *stmt);
 
 } // namespace bench

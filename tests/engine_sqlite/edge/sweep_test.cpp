@@ -1,0 +1,199 @@
+// Every failure at the edge, on purpose: for each operation of the library the 1st, 2nd, 3rd ... call to the file
+// system, for a lock and for memory fails, once and from then on, until the operation succeeds untouched. Whatever
+// fails, the operation says so or succeeds whole; what it wrote is there whole or not at all, the database is sound,
+// nothing stays open, and the next call works.
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <sqlite3.h>
+#include <thread>
+#include <tuple>
+
+#include "edge/faults.h"
+#include "edge/operations.h"
+#include "support/database.h"
+
+namespace edge {
+
+namespace {
+
+// A connection that goes past the library and its faults.
+class Witness {
+public:
+    Witness() {
+        sqlite3 *raw = nullptr;
+        EXPECT_EQ(sqlite3_open_v2("../data/ormel.db", &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, "unix"),
+                  SQLITE_OK);
+        database_.reset(raw);
+        run("PRAGMA synchronous = OFF");
+    }
+
+    // The first value that the statements give.
+    std::string run(const char *sql) const {
+        std::string value;
+        const auto take = [](void *to, int, char **values, char **) {
+            *static_cast<std::string *>(to) = values[0] != nullptr ? values[0] : "NULL";
+            return 0;
+        };
+        EXPECT_EQ(sqlite3_exec(database_.get(), sql, take, &value, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(database_.get());
+        return value;
+    }
+
+private:
+    struct Close {
+        void operator()(sqlite3 *database) const { EXPECT_EQ(sqlite3_close(database), SQLITE_OK); }
+    };
+    std::unique_ptr<sqlite3, Close> database_;
+};
+
+// Everything that the tables hold.
+std::string contents() {
+    return Witness().run(
+        "SELECT (SELECT group_concat(id || coalesce(name, '') || coalesce(amount, '')) FROM item) ||"
+        " (SELECT group_concat(id || '-' || length(body) || coalesce(length(picture), '')) FROM sheet)");
+}
+
+// What fails.
+struct Failing {
+    const char *name;
+    Place place;
+    uint64_t step; // from one fault to the next, where not every one is tried
+};
+constexpr Failing kFailing[] = {
+    {"WithoutFiles", Place::files, 1},
+    {"WithoutRoom", Place::disk, 1},
+    {"WithoutLocks", Place::locks, 1},
+    {"WithoutMemoryOfSqlite", Place::memory, 31},
+};
+
+struct Attempt {
+    bool succeeded = false;
+    bool failed = false; // a call, whatever came of it
+    std::string error;   // that the operation's thread met
+};
+
+void runFailing(const Operation &operation, const Failing &failing, uint64_t first, bool lasting, Attempt &attempt) {
+    const Fault fault = {failing.place, first, lasting};
+    arm(fault);
+    attempt.succeeded = operation.run();
+    attempt.failed = disarm();
+}
+
+// Runs it in a thread of its own, which has met no error yet.
+template <class Run> Attempt attempt(Run run) {
+    Attempt attempt;
+    std::thread([&] {
+        run(attempt);
+        ORMEL_ERROR error = {};
+        if (ORMEL_LastError(&error) == ORMEL_OK)
+            attempt.error = error.acText;
+    }).join();
+    return attempt;
+}
+
+Attempt attemptUntouched(const Operation &operation) {
+    return attempt([&](Attempt &attempt) { attempt.succeeded = operation.run(); });
+}
+
+struct Figures {
+    uint64_t faults = 0;
+    uint64_t answered = 0; // by an error
+    uint64_t kept = 0;     // of these, whose work is there nevertheless
+};
+Figures g_figures;
+
+class EdgeTest : public testing::TestWithParam<std::tuple<bool, Operation, Failing>> {
+protected:
+    static void SetUpTestSuite() {
+        installMemory();
+        installFiles();
+        Witness().run(kTables);
+    }
+    static void TearDownTestSuite() {
+        std::cout << "faults tried: " << g_figures.faults << ", answered by an error: " << g_figures.answered
+                  << ", and the work done all the same: " << g_figures.kept << "\n";
+    }
+
+    EdgeTest() {
+        std::ofstream("../conf/db.conf", std::ios::app)
+            << "client.busy_timeout_ms=5\nclient.pool=" << (keeps_ ? 1 : 0) << "\n";
+        EXPECT_EQ(ORMEL_Init(), ORMEL_OK);
+        restore();
+        before_ = contents();
+        EXPECT_TRUE(attemptUntouched(operation_).succeeded);
+        after_ = contents();
+        restore();
+        memory_ = sqlite3_memory_used();
+        files_ = openFiles();
+    }
+    ~EdgeTest() override { ORMEL_UnInit(); }
+
+    void sweep(bool lasting) {
+        const uint64_t step = std::getenv("ORMEL_NIGHTLY") != nullptr ? 1 : failing_.step;
+        for (uint64_t first = 1;; first += step) {
+            SCOPED_TRACE("call " + std::to_string(first) + (lasting ? " and all behind it" : ""));
+            const Attempt tried =
+                attempt([&](Attempt &attempt) { runFailing(operation_, failing_, first, lasting, attempt); });
+            check(tried);
+            if (!tried.failed || HasFailure())
+                return;
+            ++g_figures.faults;
+        }
+    }
+
+private:
+    static void restore() { Witness().run(kRows); }
+
+    void check(const Attempt &tried) {
+        SCOPED_TRACE(tried.error);
+        EXPECT_EQ(g_stTransMgr.uiCount, 0U) << "slots are left";
+        EXPECT_LE(openFiles(), files_);
+        if (!keeps_) {
+            EXPECT_EQ(sqlite3_memory_used(), memory_);
+        }
+        const std::string now = contents();
+        if (tried.succeeded) {
+            EXPECT_EQ(now, after_);
+        } else {
+            EXPECT_TRUE(now == before_ || now == after_) << now;
+            EXPECT_TRUE(tried.failed) << "nothing failed, but the operation did";
+            EXPECT_TRUE(!operation_.saysWhy || !tried.error.empty()) << "no word of why";
+            ++g_figures.answered;
+            g_figures.kept += now == before_ ? 0 : 1;
+        }
+        EXPECT_EQ(Witness().run("PRAGMA integrity_check"), "ok");
+        if (now != before_)
+            restore();
+        const Attempt next = attemptUntouched(operation_);
+        EXPECT_TRUE(next.succeeded) << "the next call: " << next.error;
+        EXPECT_EQ(contents(), after_);
+        if (after_ != before_)
+            restore();
+    }
+
+    const bool keeps_ = std::get<0>(GetParam()); // its connection, in the pool
+    const Operation operation_ = std::get<1>(GetParam());
+    const Failing failing_ = std::get<2>(GetParam());
+    std::string before_;
+    std::string after_;
+    sqlite3_int64 memory_ = 0;
+    int files_ = 0;
+};
+
+TEST_P(EdgeTest, EveryFailureIsAnswered) {
+    sweep(false);
+    sweep(true);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sweep, EdgeTest,
+                         testing::Combine(testing::Bool(), testing::ValuesIn(kOperations), testing::ValuesIn(kFailing)),
+                         [](const auto &info) {
+                             return std::string(std::get<1>(info.param).name) + std::get<2>(info.param).name +
+                                    (std::get<0>(info.param) ? "OnAKeptConnection" : "OnANewConnection");
+                         });
+
+} // namespace
+
+} // namespace edge

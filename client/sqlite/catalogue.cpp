@@ -33,42 +33,48 @@ struct Cursor : sqlite3_vtab_cursor {
     size_t at = 0;
 };
 
-// Runs a query and hands over each row; false if it cannot be run.
+// Runs a query and hands over each row; SQLite's answer where it cannot be read to its end.
 template <class TakeRow> int forEachRow(sqlite3 *database, const char *sql, const std::string &value, TakeRow takeRow) {
     sqlite3_stmt *raw = nullptr;
     int result = sqlite3_prepare_v2(database, sql, -1, &raw, nullptr);
     const OwnedStatement statement(raw);
+    if (result == SQLITE_OK)
+        result = sqlite3_bind_text64(raw, 1, value.data(), value.size(), SQLITE_STATIC, SQLITE_UTF8);
     if (result != SQLITE_OK)
         return result;
-    sqlite3_bind_text64(raw, 1, value.data(), value.size(), SQLITE_STATIC, SQLITE_UTF8);
     while ((result = sqlite3_step(raw)) == SQLITE_ROW)
         takeRow(raw);
     return result == SQLITE_DONE ? SQLITE_OK : result;
 }
 
+// A column that holds a text always.
 std::string textAt(sqlite3_stmt *statement, int column) {
     const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, column));
-    return text != nullptr ? text : std::string();
+    if (text == nullptr)
+        throw std::bad_alloc();
+    return text;
 }
 
-void addColumns(sqlite3 *database, const std::string &table, std::vector<CatalogueRow> &rows) {
-    // Hidden columns (1) are not what "select *" gives; generated ones (2 and 3) are. A view over something that is no
-    // more has no columns.
-    forEachRow(database, "SELECT cid, name, type FROM pragma_table_xinfo(?1, 'main') WHERE hidden <> 1", table,
-               [&](sqlite3_stmt *column) {
-                   const Declaration declaration = parseDeclaration(textAt(column, 2));
-                   rows.push_back({upperCase(table), upperCase(textAt(column, 1)), declaration.name,
-                                   typeOf(declaration).size, sqlite3_column_int(column, 0) + 1});
-               });
+int addColumns(sqlite3 *database, const std::string &table, std::vector<CatalogueRow> &rows) {
+    // Hidden columns (1) are not what "select *" gives; generated ones (2 and 3) are.
+    const int result = forEachRow(
+        database, "SELECT cid, name, type FROM pragma_table_xinfo(?1, 'main') WHERE hidden <> 1", table,
+        [&](sqlite3_stmt *column) {
+            const Declaration declaration = parseDeclaration(textAt(column, 2));
+            rows.push_back({upperCase(table), upperCase(textAt(column, 1)), declaration.name, typeOf(declaration).size,
+                            sqlite3_column_int(column, 0) + 1});
+        });
+    // A view over something that is no more has no columns.
+    return result == SQLITE_ERROR ? SQLITE_OK : result;
 }
 
 int load(sqlite3 *database, std::vector<CatalogueRow> &rows) {
     std::vector<std::string> tables;
-    const int result = forEachRow(
+    int result = forEachRow(
         database, "SELECT name FROM main.sqlite_schema WHERE type IN ('table', 'view') AND name NOT LIKE ?1 ESCAPE '!'",
         "sqlite!_%", [&](sqlite3_stmt *table) { tables.push_back(textAt(table, 0)); });
-    for (const std::string &table : tables)
-        addColumns(database, table, rows);
+    for (size_t i = 0; i < tables.size() && result == SQLITE_OK; ++i)
+        result = addColumns(database, tables[i], rows);
     return result;
 }
 

@@ -18,6 +18,7 @@ using database::Transaction;
 namespace {
 
 constexpr uint32_t kItems = 40; // more than a cursor reads ahead
+constexpr uint32_t kColumns = 3;
 constexpr int32_t kLarge = 20000; // bytes: several pages, and more than is packed among a row's other values
 
 // A text of that size, which is bytes as well.
@@ -44,6 +45,26 @@ bool describe() {
     EXPECT_EQ(described->iAttNum, 3);
     ORMEL_ResAttFree(described);
     return true;
+}
+
+bool catalogue() {
+    const Connection connection;
+    void *statement = connection != nullptr ? dbSelectAtt1(connection, "ITEM") : nullptr;
+    if (statement == nullptr)
+        return false;
+    uint32_t rows = 0;
+    DB_RESULT *row = dbGetFetchResult(statement);
+    for (; row != nullptr && row->uiRowCount != 0; row = dbGetFetchResult(statement)) {
+        ++rows;
+        dbResClear(row);
+    }
+    const bool ended = row != nullptr;
+    dbResClear(row);
+    dbFreeStmt(statement);
+    if (ended) {
+        EXPECT_EQ(rows, kColumns);
+    }
+    return ended;
 }
 
 bool insert() {
@@ -161,6 +182,7 @@ const char *const kRows = "DELETE FROM item; DELETE FROM sheet;"
 const Operation kOperations[] = {
     {"connect", connect, true},
     {"describe", describe, true},
+    {"catalogue", catalogue, false},
     {"insert", insert, true},
     {"update", update, true},
     {"select", select, true},

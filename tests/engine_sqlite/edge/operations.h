@@ -15,6 +15,6 @@ struct Operation {
 extern const char *const kTables;
 extern const char *const kRows;
 
-extern const Operation kOperations[10];
+extern const Operation kOperations[11];
 
 } // namespace edge

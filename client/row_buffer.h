@@ -48,6 +48,8 @@ public:
             blocks_.emplace_back();
             blocks_.back().reserve(row_.size() > kBlock ? row_.size() : kBlock);
         }
+        if (current_.capacity() < rowLarge_)
+            current_.reserve(rowLarge_); // for the time when the row is taken
         blocks_.back().insert(blocks_.back().end(), row_.begin(), row_.end());
         row_.clear();
         rowLarge_ = 0;
@@ -63,10 +65,9 @@ public:
 
     size_t rows() const { return rows_; }
 
-    // Takes the next row's values and gives back the memory of the one before; false when there is none.
-    bool take(std::vector<Cell> &cells) {
+    // Takes the next row's values and gives back the memory of the one before; false when there is none. Needs no memory.
+    bool take(std::vector<Cell> &cells) noexcept {
         current_.clear();
-        current_.reserve(cells.size()); // so that a row is taken whole or not at all
         if (rows_ == 0)
             return false;
         while (position_ == blocks_.front().size()) { // one that got no room is empty

@@ -105,6 +105,7 @@ void StatementHandle::run() {
         return;
     state_ = State::open;
     locators_.assign(statement_->columns().size(), {});
+    row_.reserve(statement_->columns().size()); // a row that was read ahead can be taken whatever happens
     readAhead(readAhead_);
     affected_ = static_cast<uint32_t>(buffer_.rows());
 }

@@ -6,10 +6,12 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <sqlite3.h>
 #include <thread>
 #include <tuple>
 
+#include "contract/support/memory.h"
 #include "edge/faults.h"
 #include "edge/operations.h"
 #include "support/database.h"
@@ -55,10 +57,10 @@ std::string contents() {
         " (SELECT group_concat(id || '-' || length(body) || coalesce(length(picture), '')) FROM sheet)");
 }
 
-// What fails.
+// What fails: a call at SQLite's edge, or a request for memory by the C++ of the client and its engine.
 struct Failing {
     const char *name;
-    Place place;
+    std::optional<Place> place;
     uint64_t step; // from one fault to the next, where not every one is tried
 };
 constexpr Failing kFailing[] = {
@@ -66,6 +68,7 @@ constexpr Failing kFailing[] = {
     {"WithoutRoom", Place::disk, 1},
     {"WithoutLocks", Place::locks, 1},
     {"WithoutMemoryOfSqlite", Place::memory, 31},
+    {"WithoutMemoryOfTheClient", std::nullopt, 5},
 };
 
 struct Attempt {
@@ -75,10 +78,17 @@ struct Attempt {
 };
 
 void runFailing(const Operation &operation, const Failing &failing, uint64_t first, bool lasting, Attempt &attempt) {
-    const Fault fault = {failing.place, first, lasting};
-    arm(fault);
+    if (failing.place) {
+        const Fault fault = {*failing.place, first, lasting};
+        arm(fault);
+        attempt.succeeded = operation.run();
+        attempt.failed = disarm();
+        return;
+    }
+    using Memory = contract::FailingMemory;
+    const Memory memory(first, lasting ? Memory::Mode::fromThenOn : Memory::Mode::once);
     attempt.succeeded = operation.run();
-    attempt.failed = disarm();
+    attempt.failed = memory.happened();
 }
 
 // Runs it in a thread of its own, which has met no error yet.
@@ -146,6 +156,9 @@ protected:
 private:
     static void restore() { Witness().run(kRows); }
 
+    // The client's memory may be what its handle would have been made of, which is where the words stand.
+    bool saysWhy() const { return operation_.saysWhy && failing_.place.has_value(); }
+
     void check(const Attempt &tried) {
         SCOPED_TRACE(tried.error);
         EXPECT_EQ(g_stTransMgr.uiCount, 0U) << "slots are left";
@@ -159,7 +172,7 @@ private:
         } else {
             EXPECT_TRUE(now == before_ || now == after_) << now;
             EXPECT_TRUE(tried.failed) << "nothing failed, but the operation did";
-            EXPECT_TRUE(!operation_.saysWhy || !tried.error.empty()) << "no word of why";
+            EXPECT_TRUE(!saysWhy() || !tried.error.empty()) << "no word of why";
             ++g_figures.answered;
             g_figures.kept += now == before_ ? 0 : 1;
         }

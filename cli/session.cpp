@@ -61,9 +61,8 @@ std::string connectRemedy() {
         return "try again when others have gone, or let the server take more: max_connections in its configuration, or "
                "the CONNECTION LIMIT of the user or the database";
     if (std::strstr(error.acText, "certificate") != nullptr)
-        return "see that auth.sslrootcert in that file is the authority of the server's certificate, and db.host a "
-               "name "
-               "that the certificate is made out to";
+        return "see that auth.sslrootcert in that file is the authority of the server's certificate, which has to be "
+               "made out to db.host";
     return "see that the server runs, and correct that file where its settings are not the server's";
 }
 

@@ -6,7 +6,6 @@
 #include <functional>
 #include <iomanip>
 #include <iostream>
-#include <utility>
 #include <vector>
 
 #include "commands.h"
@@ -60,6 +59,37 @@ std::string roundTrip(void *connection) {
     return std::to_string(median.count()) + " us";
 }
 
+// What the configuration says under a key: its last value that is not empty.
+std::string configured(const std::string &key) {
+    std::ifstream file(homeFile("conf/db.conf"));
+    std::string value;
+    for (std::string line; std::getline(file, line);)
+        if (line.rfind(key + "=", 0) == 0) {
+            const std::string rest = line.substr(key.size() + 1);
+            const std::string_view given = trimmed(std::string_view(rest).substr(0, rest.find_first_of("=\r")));
+            value = given.empty() ? value : given;
+        }
+    return value;
+}
+
+// The engine that the configuration names, or stands for: by a host a server.
+std::string configuredEngine() {
+    const std::string driver = configured("db.driver");
+    if (!driver.empty())
+        return driver;
+    return configured("db.host").empty() ? "sqlite" : "postgres";
+}
+
+// The library takes any other word for the weakest, and tells the log alone.
+std::string sslMode(void * /*connection*/) {
+    const std::string mode = configured("auth.sslmode");
+    if (mode.empty())
+        return "DISABLED, because auth.sslmode is not set";
+    if (dbSslModeType(mode.c_str()) == 0 && lowerCase(mode) != "disabled")
+        throw Failure("auth.sslmode is '" + mode + "', which is no mode and is taken for DISABLED");
+    return mode;
+}
+
 constexpr const char *kSqliteFile = "see that db.dbname in conf/db.conf names a database of SQLite";
 constexpr const char *kServerLog = "the log of the server tells more";
 
@@ -76,6 +106,7 @@ std::vector<Question> questionsOf(const std::string &engine) {
         questions = {
             {"version", asked("SELECT current_setting('server_version')"), kServerLog},
             {"database", asked("SELECT current_database() || ', as ' || current_user"), kServerLog},
+            {"ssl mode", sslMode, "set it to DISABLED, PREFERRED, REQUIRED, VERIFY_CA or VERIFY_FULL in conf/db.conf"},
             {"encryption",
              asked("SELECT CASE WHEN ssl THEN version || ', ' || cipher ELSE 'none' END"
                    " FROM pg_stat_ssl WHERE pid = pg_backend_pid()"),
@@ -83,23 +114,6 @@ std::vector<Question> questionsOf(const std::string &engine) {
         };
     questions.push_back({"round trip", roundTrip, "see that the database is not overloaded"});
     return questions;
-}
-
-// The engine that the configuration names, or stands for: by a host a server.
-std::string configuredEngine() {
-    std::ifstream file(homeFile("conf/db.conf"));
-    std::string driver;
-    std::string host;
-    for (std::string line; std::getline(file, line);)
-        for (auto [key, value] : {std::pair("db.driver=", &driver), std::pair("db.host=", &host)})
-            if (line.rfind(key, 0) == 0) {
-                const std::string rest = line.substr(std::string(key).size());
-                const std::string_view given = trimmed(std::string_view(rest).substr(0, rest.find_first_of("=\r")));
-                *value = given.empty() ? *value : given;
-            }
-    if (!driver.empty())
-        return driver;
-    return host.empty() ? "sqlite" : "postgres";
 }
 
 void tell(const std::string &label, const std::string &what) {

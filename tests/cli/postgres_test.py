@@ -40,10 +40,11 @@ class Check(PostgresTest):
     def test_tells_what_the_database_is(self):
         code, told, errors = self.check("home")
         self.assertEqual((code, errors), (0, ""))
-        self.assertEqual(list(told), ["engine", "version", "database", "encryption", "round trip"])
+        self.assertEqual(list(told), ["engine", "version", "database", "ssl mode", "encryption", "round trip"])
         self.assertEqual(told["engine"], "postgres")
         self.assertRegex(told["version"], r"^\d+\.\d+")
         self.assertEqual(told["database"], "postgres, as postgres")
+        self.assertEqual(told["ssl mode"], "PREFERRED")
         self.assertRegex(told["encryption"], r"^TLSv1\.[23], \S+$", "what nobody asks for is taken where it is there")
         self.assertRegex(told["round trip"], r"^\d+ us$")
 
@@ -54,6 +55,19 @@ class Check(PostgresTest):
                 self.new(mode, "--sslmode", mode, "--sslrootcert", AUTHORITY, host=host)
                 code, told, _ = self.check(mode)
                 self.assertEqual((code, told["encryption"] != "none"), (0, encrypted))
+
+    def test_an_ssl_mode_that_there_is_not(self):
+        text = self.read("home/conf/db.conf")
+        for word, code, mode in [
+                ("require", 1, "not known: auth.sslmode is 'require', which is no mode and is taken for DISABLED; set it"
+                               " to DISABLED, PREFERRED, REQUIRED, VERIFY_CA or VERIFY_FULL in conf/db.conf"),
+                ("", 0, "DISABLED, because auth.sslmode is not set"),
+                ("required", 0, "required")]:
+            with self.subTest(word=word):
+                self.write("home/conf/db.conf", text.replace("auth.sslmode=PREFERRED", "auth.sslmode=" + word))
+                found, told, _ = self.check("home")
+                self.assertEqual((found, told["ssl mode"]), (code, mode))
+                self.assertEqual(told["encryption"] != "none", word == "required")
 
     def test_a_certificate_of_another_host(self):
         self.new("other", "--sslmode", "VERIFY_FULL", "--sslrootcert", AUTHORITY)

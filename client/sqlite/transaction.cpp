@@ -10,6 +10,15 @@ namespace ormel::client::sqlite {
 
 namespace {
 
+// How a commit that failed with the code has ended. Of these it is known that the log was not written to its end; after
+// any other, an opening that recovers the log may find the transaction whole in it.
+const char *outcomeOf(uint32_t code) {
+    for (const int known : {SQLITE_BUSY, SQLITE_CONSTRAINT, SQLITE_FULL})
+        if ((code & 0xFF) == static_cast<uint32_t>(known))
+            return "; the transaction was rolled back";
+    return "; the transaction was rolled back, but the log on the disk may bring it back: look before repeating it";
+}
+
 bool tryRun(sqlite3 *database, const char *sql) noexcept {
     return sqlite3_exec(database, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
@@ -57,7 +66,7 @@ void Transaction::commit() {
                "nothing was committed: an error had made the database roll the transaction back");
     if (open() && !tryRun(database_, "COMMIT")) {
         Error error = lastError(database_, "commit");
-        error.message += "; the transaction was rolled back";
+        error.message += outcomeOf(error.code);
         tryRun(database_, "ROLLBACK");
         end();
         throw error;

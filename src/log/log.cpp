@@ -50,6 +50,12 @@ void writeLine(const char *module, const char *func, int line, int level, const 
         std::fprintf(stderr, "KPL_VemloLogToFile snprintf_s fail.iLen=%d\n", length);
 }
 
+void writeMessage(const char *module, const char *func, int line, int level, const char *fmt, va_list args) {
+    char message[kMessageSize];
+    vsnprintf_s(message, kMessageSize, kMessageSize - 1, fmt, args);
+    writeLine(module, func, line, level, message);
+}
+
 } // namespace
 
 void KPL_LogInit() {
@@ -87,12 +93,19 @@ void KPL_LogUnInit() {
 
 void KPL_VemloLogToFile(const char *module, const char *, size_t, const char *func, size_t, int line, int level,
                         const char *fmt, ...) {
-    if (level != KPL_LOG_FATAL && FrameDebugLevelGet() > level)
+    if (!ormel::passes(level))
         return;
-    char message[kMessageSize];
     va_list args;
     va_start(args, fmt);
-    vsnprintf_s(message, kMessageSize, kMessageSize - 1, fmt, args);
+    writeMessage(module, func, line, level, fmt, args);
     va_end(args);
-    writeLine(module, func, line, level, message);
+}
+
+void ormel::logLine(const char *, const char *func, int line, int level, const char *fmt, ...) {
+    if (!logs(level))
+        return;
+    va_list args;
+    va_start(args, fmt);
+    writeMessage(g_stLogCfgs[KPL_LOG_CFG_ORMEL].pcModule, func, line, level, fmt, args);
+    va_end(args);
 }

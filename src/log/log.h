@@ -9,22 +9,25 @@
 #include "ormeldb/platform/liblog.h"
 
 // Logs a line that belongs to the exported function func. Shared bodies and helpers are handed its name.
-#define ORMEL_LOG_AS(func, level, ...)                                                                                 \
-    do {                                                                                                               \
-        if (g_stLogCfgs[KPL_LOG_CFG_ORMEL].pcCategory != nullptr)                                                      \
-            KPL_VemloLogToFile(g_stLogCfgs[KPL_LOG_CFG_ORMEL].pcModule, kLogFile, sizeof kLogFile - 1, func,           \
-                               std::strlen(func), __LINE__, level, __VA_ARGS__);                                       \
-    } while (false)
+#define ORMEL_LOG_AS(func, level, ...) ormel::logLine(kLogFile, func, __LINE__, level, __VA_ARGS__)
 
 // Logs a line of the enclosing, exported function.
 #define ORMEL_LOG(level, ...) ORMEL_LOG_AS(__func__, level, __VA_ARGS__)
 
 namespace ormel {
 
-// Whether lines of a level are written. Dumps ask once and save themselves the formatting of every line.
+// Writes a line under this library's entry of g_stLogCfgs, if that has a category.
+void logLine(const char *file, const char *func, int line, int level, const char *fmt, ...)
+    __attribute__((format(printf, 5, 6)));
+
+// Whether lines of a level pass the threshold.
+inline bool passes(int level) {
+    return level == KPL_LOG_FATAL || FrameDebugLevelGet() <= level;
+}
+
+// Whether this library's lines of a level are written. Dumps ask once and save themselves the formatting of every line.
 inline bool logs(int level) {
-    return g_stLogCfgs[KPL_LOG_CFG_ORMEL].pcCategory != nullptr &&
-           (level == KPL_LOG_FATAL || FrameDebugLevelGet() <= level);
+    return g_stLogCfgs[KPL_LOG_CFG_ORMEL].pcCategory != nullptr && passes(level);
 }
 
 // Dumps a value at TRACE: character types as one line, others as a line for each byte; a blank line ends it.

@@ -71,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     static const bool configured = (Home::write("../conf/db.conf", "db.dbname=x\n"), true);
     g_decrypt_info_s[ORMEL_DECRYPT_PASSWORD_OFFSET] = 'x';
     Input input(data, size);
-    logEverything(configured && input.upTo(3) == 1);
+    logEverything(configured && input.upTo(15) == 1);
     const Heap heap;
     Client client(input, tableOf(input, 6));
     client.mayFail = input.rarely();

@@ -196,7 +196,7 @@ void step(Client &client, void *conn, ORMEL_OBJECT &obj, ORMEL_OBJECT &other) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     Input input(data, size);
-    logEverything(input.upTo(3) == 1);
+    logEverything(input.upTo(15) == 1);
     const Heap heap;
     Client client(input, tableOf(input, 40));
     ORMEL_ResAttMgrInit();

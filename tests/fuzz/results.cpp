@@ -167,7 +167,7 @@ void describe(Client &client, void *conn) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     Input input(data, size);
-    logEverything(input.upTo(3) == 1);
+    logEverything(input.upTo(15) == 1);
     const int failing = input.rarely() ? 1 + static_cast<int>(input.upTo(60)) : 0;
     const Heap heap(failing);
     Client client(input);

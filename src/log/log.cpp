@@ -34,7 +34,7 @@ void formatTime(char (&text)[kTimeSize]) {
 }
 
 const char *levelName(int level) {
-    return level >= KPL_LOG_TRACE && level <= KPL_LOG_FATAL ? g_apcLogLeveNameMap[level] : "?";
+    return static_cast<unsigned>(level) <= KPL_LOG_FATAL ? g_apcLogLeveNameMap[level] : "?";
 }
 
 void writeLine(const char *module, const char *func, int line, int level, const char *message) {

@@ -122,7 +122,7 @@ bool isSameColumn(const ORMEL_RES_ATT_FIELD &a, const ORMEL_RES_ATT_FIELD &b) {
 
 // Whether item k of a row is one that the column which the first row's item makes can take.
 uint32_t checkItem(const ORMEL_OBJECT_ITEM &item, const ORMEL_OBJECT_ITEM &first, uint32_t row) {
-    if (item.pstInfo == nullptr || first.pstInfo == nullptr)
+    if (item.pstInfo == nullptr) // the first row's item is checked before the others are compared with it
         return refuse(ORMEL_ERR_CHECK, row, "?", "the object was not checked");
     const ORMEL_RES_ATT_FIELD &entry = *item.pstInfo;
     if (item.pstInfo != first.pstInfo && !isSameColumn(entry, *first.pstInfo))

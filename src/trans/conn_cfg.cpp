@@ -107,7 +107,7 @@ uint32_t ORMEL_ConnCfgRead(ORMEL_CONN_CFG *pstCfg) {
 
 uint32_t ORMEL_TransBuildConnStr(char *pcOut) {
     const ORMEL_TRANS_MGR *mgr = ORMEL_TransMgrGet();
-    if (mgr == nullptr || pcOut == nullptr)
+    if (pcOut == nullptr)
         return ORMEL_ERR_FAILED;
     if (mgr->pcConnstr[0] != '\0') {
         strncpy_s(pcOut, ORMEL_CONN_STR_SIZE, mgr->pcConnstr, ORMEL_CONN_STR_SIZE - 1);

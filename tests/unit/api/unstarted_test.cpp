@@ -8,6 +8,19 @@ TEST_F(UnstartedTest, CallsAreRefused) {
     unit::ExpectCallsRefused();
 }
 
+// Tests run in this order: a stop would be remembered.
+TEST_F(UnstartedTest, AHostMayFillTheConfigurationItself) {
+    ORMEL_CONN_CFG &cfg = g_stTransMgr.stConnCfg;
+    for (char *field : {cfg.acHost, cfg.acPassword}) {
+        field[0] = 'x';
+        void *conn = ORMEL_DBConnect();
+        EXPECT_NE(conn, nullptr);
+        ORMEL_DBDisConnect(conn);
+        field[0] = '\0';
+    }
+    EXPECT_EQ(ORMEL_DBConnect(), nullptr);
+}
+
 TEST_F(UnstartedTest, StoppingIsHarmless) {
     ORMEL_UnInit();
     unit::ExpectCallsRefused();

@@ -123,6 +123,12 @@ TEST_F(BatchLobTest, NeedsItsArguments) {
     EXPECT_EQ(dbBatchWriteLob(stmt_, 7, &Column(0), slots_, nullptr), 0xFFFFFFFFu);
     EXPECT_THAT(Log().Lines(), ElementsAre(line, line, line));
     EXPECT_EQ(dbBatchWriteLob(nullptr, 7, &Column(0), slots_, lengths_), 0xFFFFFFFFu);
+    const ORMEL_PARA_BATCH_ITEM column = Column(0);
+    Column(0).lobLen = nullptr;
+    EXPECT_EQ(dbBatchWriteLob(stmt_, 7, &Column(0), slots_, lengths_), 0xFFFFFFFFu);
+    Column(0).lobArray = nullptr;
+    EXPECT_EQ(dbBatchWriteLob(stmt_, 7, &Column(0), slots_, lengths_), 0xFFFFFFFFu);
+    Column(0) = column;
     EXPECT_THAT(Client().Calls(), IsEmpty());
 }
 

@@ -153,6 +153,14 @@ TEST_F(BindTest, AnEmptyLargeObjectIsWritten) {
     EXPECT_EQ(Client().Calls()[3], "write_blob(s1, 1, '')");
 }
 
+TEST_F(BindTest, ALargeObjectWithoutAValueIsBoundAndNotWritten) {
+    List({{13, ""}, {14, ""}}, {});
+    para_.value[0] = para_.value[1] = nullptr;
+    EXPECT_EQ(Bind(1, 0, 0), 1u);
+    EXPECT_THAT(Client().Calls(),
+                ElementsAre("bind_by_pos(s1, 0, 13, slot 0, 16, null)", "bind_by_pos(s1, 1, 14, slot 1, 16, null)"));
+}
+
 // The conditions are counted, but binding from slot 0 on meets the fields' large objects as well.
 TEST_F(BindTest, EverySlotThatIsBoundHasRoom) {
     List({kClob, kBlob, kClob}, {kClob});

@@ -110,6 +110,9 @@ TEST_F(ConnectionTest, SettingTheSslModeGivesTheClientsStatus) {
     Client().Fail("set_conn_attr");
     EXPECT_EQ(dbSetSSLMode(conn, "VERIFY_CA"), kClientStatus);
     EXPECT_THAT(Log().Lines(), ElementsAre("ERROR dbSetSSLMode: qdc_set_conn_attr mode :VERIFY_CA failed "));
+    Client().Fail("set_conn_attr");
+    EXPECT_EQ(dbSetSSLMode(conn, nullptr), kClientStatus);
+    EXPECT_EQ(Log().Lines().back(), "ERROR dbSetSSLMode: qdc_set_conn_attr mode : failed ");
     dbDisconnect(conn);
 }
 

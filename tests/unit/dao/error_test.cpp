@@ -51,6 +51,9 @@ TEST_F(ErrorTest, KeepsTheClassWhereTheTextBeginsWithOne) {
     EXPECT_STREQ(Print(1, "no such table: t").acClass, "");
     EXPECT_STREQ(Print(1, "42").acClass, "");
     EXPECT_STREQ(Print(1, "").acClass, "");
+    EXPECT_STREQ(Print(1, "0A000: not supported").acClass, "0A000");
+    EXPECT_STREQ(Print(1, "ERROR: no digit").acClass, "");
+    EXPECT_STREQ(Print(1, "12345, and so on").acClass, "");
 }
 
 TEST_F(ErrorTest, AMissingTextIsEmpty) {

@@ -133,6 +133,21 @@ TEST_F(FetchTest, LogsWhatItCopies) {
                             "TRACE dbValueShow:  ab", "TRACE dbValueShow:  "));
 }
 
+TEST_F(FetchTest, BelowTheThresholdNothingIsLogged) {
+    unit::Threshold info(KPL_LOG_INFO);
+    EXPECT_EQ(FirstRow({{"A", 9, 21}, {"B", 9, 21}}, {Text("abc"), Null()}), 0u);
+    EXPECT_THAT(Log().Lines(), IsEmpty());
+    EXPECT_EQ(ValueOf(cells_[0]), std::string("abc", 4));
+}
+
+TEST_F(FetchTest, ATableWithoutANameIsEmptyInMessages) {
+    Execute({.columns = unit::PersonColumns()});
+    unit::Result result(dbGetResult(stmt_, nullptr));
+    unit::Result counted(dbGetResultWithCount(stmt_, nullptr, 0));
+    EXPECT_THAT(Log().Lines(), ElementsAre("ERROR dbGetResult: qdc_get_affected_rows : , rowCount = 0",
+                                           "ERROR dbGetResultWithCount: qdc_get_affected_rows : , rowCount = 0"));
+}
+
 TEST_F(FetchTest, TextTypesHaveRoomForTheirNul) {
     for (uint16_t type : std::vector<uint16_t>{1, 2, 3, 4, 8, 9, 10, 11, 12, 23, 25, 99}) {
         SCOPED_TRACE(type);
@@ -333,6 +348,8 @@ TEST_F(FetchTest, NoStatementNoResult) {
     EXPECT_EQ(dbGetResult(nullptr, "T"), nullptr);
     EXPECT_NE(dbGetFields(nullptr, cells_, 1), 0u);
     EXPECT_NE(dbGetFieldAttr(nullptr, 0, cells_), 0u);
+    Execute({.columns = unit::PersonColumns()});
+    EXPECT_NE(dbGetFieldAttr(stmt_, 0, nullptr), 0u);
     EXPECT_THAT(Client().Calls(), IsEmpty());
 }
 

@@ -315,6 +315,10 @@ TEST_F(RecordTest, WhatDoesNotFitIsNoStatement) {
     }
     EXPECT_EQ(dbSelectRec1(conn_, "T", nullptr), nullptr);
     EXPECT_EQ(dbSelectRec1(nullptr, "T", List("dbCount")), nullptr);
+    EXPECT_EQ(dbSelectRec1(conn_, nullptr, List("dbCount")), nullptr);
+    ORMEL_PARA *list = List("dbCount");
+    list->iCondNum = 33;
+    EXPECT_EQ(dbSelectRec1(conn_, "T", list), nullptr);
     EXPECT_THAT(Client().Calls(), IsEmpty());
 }
 

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "ormeldb/dao.h"
 #include "support/sample.h"
 #include "support/unit_test.h"
@@ -102,6 +104,8 @@ TEST_F(ResultTest, ThereIsNothingBeyondTheLastCell) {
     rowsOnly->uiRowCount = rowsOnly->uiFieldCount = 1;
     std::free(rowsOnly->ppRows);
     rowsOnly->ppRows = nullptr;
+    auto rowMissing = unit::MakeResult({{{9, std::nullopt}}});
+    std::free(std::exchange(rowMissing->ppRows[0], nullptr));
     struct {
         const DB_RESULT *result;
         uint32_t row;
@@ -112,7 +116,7 @@ TEST_F(ResultTest, ThereIsNothingBeyondTheLastCell) {
                  {result.get(), 0, 2, false, false},         {result.get(), 0, -1, false, false},
                  {result.get(), 1, 0, false, false},         {result.get(), 0xFFFFFFFF, 0, false, false},
                  {result.get(), 0, INT32_MIN, false, false}, {nullptr, 0, 0, false, false},
-                 {rowsOnly.get(), 0, 0, true, false}};
+                 {rowsOnly.get(), 0, 0, true, false},        {rowMissing.get(), 0, 0, true, false}};
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << c.row << ',' << c.field);
         EXPECT_EQ(dbCheckTupleField(c.result, c.row, c.field), c.counted ? 1u : 0u);

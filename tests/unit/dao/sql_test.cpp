@@ -167,4 +167,10 @@ TEST_F(SqlTest, WhatIsMissingIsNoText) {
     }
 }
 
+TEST_F(SqlTest, ANameThatIsMissingIsEmpty) {
+    ORMEL_PARA para = List({nullptr, "b"}, {});
+    std::unique_ptr<char, unit::FreeDeleter> text(dbInsertMallocSql("t", &para));
+    EXPECT_STREQ(text.get(), "INSERT INTO t (, b) values (:1, :2)");
+}
+
 } // namespace

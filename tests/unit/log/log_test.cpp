@@ -163,6 +163,13 @@ TEST_F(LogTest, WritesTimeLevelModuleLineFunctionMessage) {
     EXPECT_EQ(line.stated, KPL_LOG_DEBUG);
 }
 
+TEST_F(LogTest, ALevelThatThereIsNotHasNoName) {
+    Log().threshold = -1;
+    KPL_VemloLogToFile("LOG_X", "f", 1, "F", 1, 1, -1, "%s", "a");
+    ASSERT_EQ(Log().Raw().size(), 1u);
+    EXPECT_THAT(Log().Raw()[0].raw, testing::HasSubstr(" ? LOG_X:1:F: a\r\n"));
+}
+
 TEST_F(LogTest, WritesFromTheThresholdOnAndFatalAlways) {
     for (int threshold = -1; threshold <= 8; ++threshold) {
         for (int level = KPL_LOG_TRACE; level <= KPL_LOG_FATAL; ++level) {

@@ -266,6 +266,38 @@ TEST_F(BatchRefusalTest, CountsThatDoNotFitTheBatch) {
         ExpectRefused(98);
     }
     third_->iItemNum = 3;
+    Log().Forget();
+    batch_->uiRecNum = 2;
+    ExpectRefused(1);
+}
+
+TEST_F(BatchRefusalTest, AColumnOfAnotherSizeThanItsTypeHas) {
+    for (const Kind &kind : {Kind{1, 8, 8, "12345678", 8}, Kind{2, 4, 4, "1234", 4}}) {
+        SCOPED_TRACE(kind.type);
+        multi_ = Rows(1, {kind});
+        Batch batch = Make(multi_);
+        EXPECT_EQ(Fill(batch, multi_), 98u);
+        EXPECT_THAT(Log().Lines(KPL_LOG_ERROR),
+                    ElementsAre("ERROR ORMEL_SetBatchParaByObject: row 0, column C0: the database describes another "
+                                "size than the type has"));
+    }
+}
+
+// Nobody is asked what lies behind the last column that there can be.
+TEST_F(BatchRefusalTest, ABatchOfMoreColumnsThanThereCanBeIsFreedWithoutThem) {
+    Batch batch(ORMEL_BatchInsert_Para_Malloc(0, multi_.get()));
+    ASSERT_NE(batch, nullptr);
+    batch->itemNum = 33;
+}
+
+TEST_F(BatchRefusalTest, ALostValueWithALengthIsNoNull) {
+    multi_ = Rows(1, {unit::kClob});
+    Batch batch = Make(multi_);
+    void *value = multi_->astObject[0].astItem[0].pValue;
+    multi_->astObject[0].astItem[0].pValue = nullptr;
+    EXPECT_EQ(Fill(batch, multi_), 0u);
+    EXPECT_EQ(batch->astItem[0].lobArray[0], nullptr);
+    multi_->astObject[0].astItem[0].pValue = value;
 }
 
 TEST_F(BatchRefusalTest, NullPointers) {

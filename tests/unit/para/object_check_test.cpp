@@ -145,6 +145,15 @@ TEST_F(ObjectCheckTest, AnItemWithoutAValuePassesWhateverTheWidth) {
            {"INFO " + kCheck + "pstInfo is NULL fieldname=NOBODY."});
 }
 
+// A length without a value is a mistake, not NULL.
+TEST_F(ObjectCheckTest, ALostValueStillHasItsWidth) {
+    ORMEL_ObjectNullSet(&object_, "ID");
+    object_.astItem[0].uiLength = 3;
+    EXPECT_EQ(ORMEL_ObjectCheck(&object_, att_.get()), 98u);
+    object_.astItem[0].uiLength = 4;
+    EXPECT_EQ(ORMEL_ObjectCheck(&object_, att_.get()), 0u);
+}
+
 TEST_F(ObjectCheckTest, SelectFieldsAreColumns) {
     Expect(
         "two of them",

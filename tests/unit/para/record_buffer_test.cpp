@@ -268,6 +268,23 @@ TEST_P(ValueTest, ColumnsBeyondTheDescriptorAreLeftOut) {
     EXPECT_EQ(Written(result.get(), att.get(), 8), std::string(8, '\0'));
 }
 
+TEST_P(ValueTest, ColumnsThatTheResultLacksAreZeros) {
+    auto result = unit::MakeResult({{{9, "ab"}}});
+    auto att = unit::Describe("T", {{"A", 9, 4}, {"B", 9, 4}});
+    EXPECT_EQ(Written(result.get(), att.get(), 8), std::string("ab\0\0\0\0\0\0", 8));
+}
+
+// A text that fills its field has its terminator cut off, which is nothing to report, unless the record ends before.
+TEST_P(ValueTest, ATextMayFillItsField) {
+    for (uint16_t type : std::vector<uint16_t>{8, 9, 10}) {
+        EXPECT_EQ(Written(Single(type, 4, std::string("abcd\0", 5)), 20), "abcd" + std::string(16, '\0'));
+        EXPECT_THAT(Log().Lines(), IsEmpty());
+        EXPECT_EQ(Written(Single(type, 4, std::string("abcd\0", 5)), 3), GetParam() ? "abc" : std::string(3, '\0'));
+        EXPECT_EQ(Log().Lines().size(), 1u);
+        Log().Forget();
+    }
+}
+
 TEST_P(ValueTest, ARecordOfNoLengthTakesNothing) {
     EXPECT_EQ(Written(Single(9, 4, "abcd"), 0), "");
     EXPECT_EQ(Written(Single(1, 4, "abcd"), 0), "");

@@ -157,6 +157,14 @@ TEST_F(ResAttMgrTest, WhatCannotBeKeptIsFreed) {
     EXPECT_EQ(ORMEL_ResAttGet("T"), nullptr);
 }
 
+TEST_F(ResAttMgrTest, WhatTheCacheCannotCountIsFreed) {
+    auto *att = static_cast<ORMEL_RES_ATT *>(std::calloc(1, sizeof(ORMEL_RES_ATT)));
+    att->acTableName[0] = 'T';
+    att->iAttNum = 80000000; // 56 bytes each, of which only the cache would read any
+    EXPECT_EQ(ORMEL_ResAttPush(att), 1u);
+    EXPECT_EQ(Cached(), 0);
+}
+
 TEST_F(ResAttMgrTest, NothingIsGivenBack) {
     EXPECT_EQ(ORMEL_ResAttPush(nullptr), 0u);
     ORMEL_DestoryResAtt(nullptr);

@@ -1,7 +1,7 @@
 # How everything is compiled.
 
 set(ORMEL_SANITIZE "" CACHE STRING "Sanitizers to build with: empty, address,undefined or thread")
-option(ORMEL_COVERAGE "Count lines and branches" OFF)
+option(ORMEL_COVERAGE "Count which lines and branches of src/ are run" OFF)
 option(ORMEL_FUZZ "Build what tests/fuzz holds as fuzzers; for clang" OFF)
 option(ORMEL_BENCH "Build the benchmarks" OFF)
 
@@ -36,6 +36,5 @@ if(ORMEL_FUZZ)
   target_compile_options(ormel_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 if(ORMEL_COVERAGE)
-  target_compile_options(ormel_options INTERFACE --coverage)
-  target_link_options(ormel_options INTERFACE --coverage)
+  target_link_options(ormel_options INTERFACE --coverage) # what is counted is the library: see src/CMakeLists.txt
 endif()

@@ -1,0 +1,258 @@
+#include "traffic.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/database.h"
+
+namespace concurrency {
+
+using database::Batch;
+using database::Cursor;
+using database::CursorRow;
+using database::Object;
+using database::Result;
+using database::Transaction;
+
+namespace {
+
+constexpr int kThreads = 32; // of each kind
+constexpr int32_t kBatch = 5;
+constexpr uint64_t kBusyAccounts = 6; // money is moved among them, so that movers meet
+
+// Whether a failure is the database's word that others were in the way: the transaction is repeated.
+bool isRefusal(const ORMEL_ERROR &error) {
+    for (const char *state : {"40001", "40P01", "55P03"}) // serialization, deadlock, lock not available
+        if (std::strcmp(error.acClass, state) == 0)
+            return true;
+    constexpr uint32_t sqliteBusy = 5;
+    return error.acClass[0] == '\0' && (error.uiCode & 0xFF) == sqliteBusy;
+}
+
+// What one thread does, and with what chance.
+class Worker {
+public:
+    Worker(int process, int thread, Figures &figures)
+        : figures_(figures), chance_(static_cast<unsigned>(process * 1000 + thread)),
+          nextId_((int64_t{process} * 1000 + thread) * 1000000) {}
+
+    void useSlots() { choose(4) == 0 ? readAll() : move(); }
+
+    void callPlainly() {
+        static constexpr void (Worker::*calls[])() = {&Worker::insert, &Worker::insertBatch, &Worker::remove,
+                                                      &Worker::select, &Worker::describe};
+        (this->*calls[choose(std::size(calls))])();
+    }
+
+private:
+    uint64_t choose(uint64_t below) { return chance_() % below; }
+
+    // Whether a call succeeded; what failed for another reason than others in the way is a failure of the test.
+    bool done(uint32_t code, const char *what) {
+        if (code == ORMEL_OK)
+            return true;
+        ORMEL_ERROR error = {};
+        ORMEL_LastError(&error);
+        EXPECT_TRUE(isRefusal(error)) << what << ": " << code << " " << error.uiCode << " " << error.acText;
+        ++figures_.refused;
+        return false;
+    }
+
+    // A full table of slots is an answer: others will give theirs back.
+    void wait() {
+        ++figures_.full;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1 + choose(5)));
+    }
+
+    // --- On slots ---
+
+    struct Move {
+        int32_t from;
+        int32_t to;
+        int64_t amount;
+    };
+
+    // Mostly in one order; the other one runs into locks that wait for each other.
+    Move chooseMove() {
+        const uint64_t one = choose(kBusyAccounts);
+        const uint64_t other = (one + 1 + choose(kBusyAccounts - 1)) % kBusyAccounts;
+        const auto [low, high] = std::minmax(one, other);
+        const bool ordered = choose(8) != 0;
+        return {static_cast<int32_t>(ordered ? low : high), static_cast<int32_t>(ordered ? high : low),
+                static_cast<int64_t>(choose(100)) - 50};
+    }
+
+    // Money goes from one account to another. A move that was refused is the next one again, from its beginning.
+    void move() {
+        Transaction transaction;
+        if (transaction == nullptr)
+            return wait();
+        if (!pending_)
+            pending_ = chooseMove();
+        if (change(transaction, *pending_) && done(transaction.commit(), "commit")) {
+            pending_.reset();
+            ++figures_.moves;
+        }
+    }
+
+    // The accounts are changed before they are read, and so are this transaction's from then on. One that looks first
+    // has a snapshot, which may be too old to write.
+    bool change(ORMEL_TRANS *transaction, const Move &move) {
+        int64_t source = 0;
+        int64_t target = 0;
+        const bool looks = choose(10) == 0;
+        return (!looks || balanceOf(transaction, move.from, source)) && touch(transaction, move.from) &&
+               touch(transaction, move.to) && balanceOf(transaction, move.from, source) &&
+               balanceOf(transaction, move.to, target) && set(transaction, move.from, source - move.amount) &&
+               set(transaction, move.to, target + move.amount) && note(transaction, move);
+    }
+
+    bool touch(ORMEL_TRANS *transaction, int32_t account) {
+        Object values("account");
+        ORMEL_ObjectInt64Set(values, "toucher", nextId_);
+        return update(transaction, values, account);
+    }
+
+    bool set(ORMEL_TRANS *transaction, int32_t account, int64_t balance) {
+        Object values("account");
+        ORMEL_ObjectInt64Set(values, "balance", balance);
+        return update(transaction, values, account);
+    }
+
+    bool update(ORMEL_TRANS *transaction, ORMEL_OBJECT *values, int32_t account) {
+        Object which("account");
+        ORMEL_ObjectInt32Set(which, "id", account);
+        uint32_t rows = 0;
+        if (!done(ORMEL_UpdateRecByObjForTrans(transaction, values, which, &rows), "update"))
+            return false;
+        EXPECT_EQ(rows, 1U);
+        return true;
+    }
+
+    bool balanceOf(ORMEL_TRANS *transaction, int32_t account, int64_t &balance) {
+        Object which("account");
+        ORMEL_ObjectInt32Set(which, "id", account);
+        Result result;
+        if (!done(ORMEL_SelectRecByObjForTrans(transaction, which, result), "select of a balance"))
+            return false;
+        EXPECT_EQ(ORMEL_ResultInt64Get(result, 0, "balance", &balance), ORMEL_OK);
+        return true;
+    }
+
+    bool note(ORMEL_TRANS *transaction, const Move &move) {
+        Object row("move");
+        ORMEL_ObjectInt64Set(row, "id", nextId_++);
+        ORMEL_ObjectInt32Set(row, "source", move.from);
+        ORMEL_ObjectInt32Set(row, "target", move.to);
+        ORMEL_ObjectInt64Set(row, "amount", move.amount);
+        return done(ORMEL_InsertRecByObjForTrans(transaction, row), "insert of a move");
+    }
+
+    // What a cursor reads is of one moment: all of the money is there.
+    void readAll() {
+        Cursor cursor("account");
+        if (cursor == nullptr)
+            return wait();
+        int rows = 0;
+        int64_t sum = 0;
+        uint32_t code = ORMEL_OK;
+        for (;; ++rows) {
+            CursorRow row;
+            code = ORMEL_FetchSelectRecEx(cursor, row);
+            if (code != ORMEL_OK)
+                break;
+            int64_t balance = 0;
+            EXPECT_EQ(ORMEL_ResultInt64Get(row, 0, "balance", &balance), ORMEL_OK);
+            sum += balance;
+        }
+        EXPECT_EQ(code, ORMEL_END_OF_DATA);
+        EXPECT_EQ(rows, kAccounts);
+        EXPECT_EQ(sum, kAccounts * kOpening);
+        done(cursor.end(), "end of a cursor");
+        ++figures_.cursors;
+    }
+
+    // --- Plain calls ---
+
+    void fill(ORMEL_OBJECT *row) {
+        ORMEL_ObjectInt64Set(row, "id", nextId_++);
+        ORMEL_ObjectTextSet(row, "body", "some text");
+    }
+
+    void insert() {
+        Object row("entry");
+        fill(row);
+        if (done(ORMEL_InsertRecFormObj(row), "insert"))
+            count(figures_.inserts, 1);
+    }
+
+    void insertBatch() {
+        const Batch batch("entry", kBatch);
+        for (size_t i = 0; i < kBatch; ++i)
+            fill(batch[i]);
+        if (done(ORMEL_PatchInsertRecFormObj(batch), "batch"))
+            count(figures_.batches, kBatch);
+    }
+
+    // The last row of this thread's, which may not be there.
+    void remove() {
+        Object row("entry");
+        ORMEL_ObjectInt64Set(row, "id", nextId_ - 1);
+        uint32_t rows = 0;
+        if (done(ORMEL_DeleteRecByObj(row, &rows), "delete"))
+            count(figures_.deletes, -int64_t{rows});
+    }
+
+    void count(std::atomic<int64_t> &calls, int64_t rows) {
+        ++calls;
+        figures_.rows += rows;
+    }
+
+    void select() {
+        Object which("account");
+        ORMEL_ObjectInt32Set(which, "id", static_cast<int32_t>(choose(kAccounts)));
+        Result result;
+        if (!done(ORMEL_SelectRecByObj(which, result), "select"))
+            return;
+        EXPECT_EQ(ORMEL_SelectResultRecNumGet(result), 1U);
+        ++figures_.selects;
+    }
+
+    // A small table, which most likely nobody has described yet; with a select list it is described by every call.
+    void describe() {
+        Object small("small" + std::to_string(choose(kSmallTables)));
+        if (choose(2) == 0)
+            ORMEL_ObjectSelectFieldSet(small, "name");
+        Result result;
+        if (!done(ORMEL_SelectRecByObj(small, result), "select from a small table"))
+            return;
+        EXPECT_STREQ(ORMEL_ResultStrGet(result, 0, "name"), "small");
+        ++figures_.misses;
+    }
+
+    Figures &figures_;
+    std::mt19937 chance_;
+    int64_t nextId_;
+    std::optional<Move> pending_;
+};
+
+} // namespace
+
+void run(int process, Clock::time_point deadline, Figures &figures) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 2 * kThreads; ++i)
+        threads.emplace_back([=, &figures] {
+            Worker worker(process, i, figures);
+            while (Clock::now() < deadline && !testing::Test::HasFailure())
+                i % 2 == 0 ? worker.useSlots() : worker.callPlainly();
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+}
+
+} // namespace concurrency

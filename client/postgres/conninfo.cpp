@@ -9,6 +9,7 @@ namespace {
 
 constexpr const char *kSslModes[] = {"disable", "prefer", "require", "verify-ca", "verify-full"};
 constexpr uint32_t kVerifyCa = 3;
+constexpr char kConfigFileError[] = "F0000";
 
 std::string sessionOptions(const Settings &settings) {
     const long patience = milliseconds(settings, "client.busy_timeout_ms", 5000).count();
@@ -22,8 +23,9 @@ void addCertificates(Conninfo &conninfo, const Settings &settings) {
     const std::string root = settings.get("auth.sslrootcert", "");
     const bool verifies = settings.sslMode >= kVerifyCa;
     if (verifies && root.empty())
-        refuse("F0000", "auth.sslmode asks for the server's certificate to be verified, and auth.sslrootcert in "
-                        "../conf/db.conf does not say by which authority; set it to a file of certificates");
+        refuse(kConfigFileError,
+               "auth.sslmode asks for the server's certificate to be verified, and auth.sslrootcert in "
+               "../conf/db.conf does not say by which authority; set it to a file of certificates");
     // A certificate that nobody asked to verify neither refuses the server nor leads to a plain connection.
     // Files that do not exist keep libpq from those that it finds for itself.
     conninfo.emplace_back("sslrootcert", verifies ? root : "/nonexistent");
@@ -47,6 +49,8 @@ void addAddress(Conninfo &conninfo, const Address &address) {
 } // namespace
 
 Conninfo conninfoOf(const Settings &settings, const Address &address) {
+    if (settings.user.empty())
+        refuse(kConfigFileError, "db.user in ../conf/db.conf does not say who connects");
     Conninfo conninfo = {{"user", settings.user},
                          {"password", settings.password.empty() ? " " : settings.password},
                          {"passfile", "/nonexistent"},

@@ -56,6 +56,12 @@ TEST(Conninfo, aFolderOfSocketsIsGivenTwice) {
     EXPECT_EQ(valueOf(conninfo, "port"), "1,1");
 }
 
+// Nobody in particular would be whom the environment names.
+TEST(Conninfo, somebodyConnects) {
+    const Error error = caught([] { conninfoOf(Settings(), {"localhost", "127.0.0.1", "1"}); });
+    EXPECT_THAT(error.message, testing::AllOf(testing::StartsWith("F0000: "), HasSubstr("db.user")));
+}
+
 TEST(Conninfo, verifyingNeedsAnAuthority) {
     Settings settings = someSettings();
     settings.sslMode = kVerifyFull;

@@ -10,7 +10,13 @@ namespace fault {
 
 namespace {
 
-const std::string kLong(2500, 'x'); // longer than two reads of a large object
+const std::string kLong(250, 'x'); // a large object, which the client gives in pieces
+
+unit::Cell Large(uint32_t size) {
+    unit::Cell cell = unit::Lob(kLong, size);
+    cell.chunk = 100;
+    return cell;
+}
 
 // Lays out what the client answers. The second part's picture is longer than the client says.
 void Script() {
@@ -19,11 +25,12 @@ void Script() {
     Client().On("select * from PERSON where 1<>1", {.columns = persons});
     Client().On("SELECT * FROM PERSON",
                 {.columns = persons, .rows = {unit::PersonRow(7, "Ann", -1), unit::PersonRow(8, "Bob", 1)}});
-    std::vector<std::vector<unit::Cell>> parts = {
-        {unit::Int32(7), unit::Text("cog"), unit::Lob(kLong), unit::Lob(kLong)},
-        {unit::Int32(8), unit::Null(), unit::Null(), unit::Lob(kLong, 100)}};
+    std::vector<std::vector<unit::Cell>> parts = {{unit::Int32(7), unit::Text("cog"), Large(44), Large(44)},
+                                                  {unit::Int32(8), unit::Null(), unit::Null(), Large(100)}};
     Client().On("select * from PARTS where 1<>1", {.columns = PartColumns()});
     Client().On("SELECT * FROM PARTS", {.columns = PartColumns(), .rows = parts});
+    Client().On("select * from EMPTY where 1<>1", {.columns = persons});
+    Client().On("SELECT * FROM EMPTY", {.columns = persons});
     Client().On("SELECT NAME, ID",
                 {.columns = {{"NAME", 9, 21}, {"ID", 1, 4, 1}}, .rows = {{unit::Text("cog"), unit::Int32(7)}}});
     Client().On("SELECT count(*)", {.columns = {{"COUNT", 2, 8, 1}}, .rows = {{unit::Int64(2)}}});
@@ -170,6 +177,9 @@ void Scene::OpenConnection(unsigned needs) {
     }
     if ((needs & kCursor) != 0) {
         slot = ORMEL_BeginSelect("PARTS", "scene", 1);
+    }
+    if ((needs & kEmptyCursor) != 0) {
+        slot = ORMEL_BeginSelect("EMPTY", "scene", 1);
     }
     if ((needs & kStopped) != 0) {
         ORMEL_UnInit();

@@ -1,4 +1,4 @@
-// What an operation finds when it runs: a started library, two tables, arguments that fit, and places for what it hands
+// What an operation finds when it runs: a started library, tables, arguments that fit, and places for what it hands
 // out.
 #ifndef FAULT_SCENE_H
 #define FAULT_SCENE_H
@@ -27,7 +27,8 @@ enum Needs : unsigned {
     kCached = 1024,      // the library's cache knows both tables
     kRequest = 2048,     // a parameter list that inserts a part
     kSetAndWhere = 4096, // one that sets a part where all its columns have such values
-    kStopped = 8192      // the library is stopped
+    kStopped = 8192,     // the library is stopped
+    kEmptyCursor = 16384 // an open cursor over EMPTY
 };
 
 // Places that an operation writes to; what it leaves alone stays as it was laid out.

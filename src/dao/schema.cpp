@@ -46,10 +46,16 @@ void *dbSelectAtt(void *pConn, const char *pcTableName, const ORMEL_OBJECT *pstO
     char star[kTextSize] = {};
     SqlText fields;
     int length = -1;
-    if (pstObj == nullptr || pstObj->iSelectFieldNum <= 0)
+    if (pstObj == nullptr || pstObj->iSelectFieldNum <= 0) {
         length = sprintf_s(star, sizeof star, "select * from %s where 1<>1", pcTableName);
-    else if (std::strlen(pcTableName) < kTextSize && (fields = probeOfFields(pcTableName, *pstObj)) != nullptr)
+    } else if (std::strlen(pcTableName) < kTextSize) {
+        fields = probeOfFields(pcTableName, *pstObj);
+        if (fields == nullptr) {
+            ORMEL_LOG(KPL_LOG_ERROR, "malloc sql failed");
+            return nullptr;
+        }
         length = 0;
+    }
     const char *sql = fields != nullptr ? fields.get() : star;
     if (length < 0)
         ORMEL_LOG(KPL_LOG_ERROR, "dbSelectAtt:%s sprintf_s error", pcTableName);

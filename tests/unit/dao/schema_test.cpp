@@ -87,6 +87,13 @@ TEST_F(SchemaTest, ALongTableNameDoesNotFitBesideFieldsEither) {
               "ERROR dbSelectAtt: dbSelectAtt:" + table + " sprintf_s error");
 }
 
+TEST_F(SchemaTest, WithoutMemoryForItsFieldsNothingIsAsked) {
+    unit::FailingAllocation fail(1);
+    EXPECT_EQ(dbSelectAtt(conn_, "T", Request({"A", "B"})), nullptr);
+    EXPECT_THAT(Client().Calls(), IsEmpty());
+    EXPECT_THAT(Log().Lines(), ElementsAre("ERROR dbSelectAtt: malloc sql failed"));
+}
+
 TEST_F(SchemaTest, ACountAboveItsCapacityIsNoStatement) {
     for (int32_t count : {33, INT32_MAX}) {
         ORMEL_OBJECT *request = Request({});

@@ -31,6 +31,14 @@ public:
         run("PRAGMA synchronous = OFF");
     }
 
+    void restore() const { run(kRows); }
+
+    // Everything that the tables hold.
+    std::string contents() const {
+        return run("SELECT (SELECT group_concat(id || coalesce(name, '') || coalesce(amount, '')) FROM item) ||"
+                   " (SELECT group_concat(id || '-' || length(body) || coalesce(length(picture), '')) FROM sheet)");
+    }
+
     // The first value that the statements give.
     std::string run(const char *sql) const {
         std::string value;
@@ -49,13 +57,6 @@ private:
     };
     std::unique_ptr<sqlite3, Close> database_;
 };
-
-// Everything that the tables hold.
-std::string contents() {
-    return Witness().run(
-        "SELECT (SELECT group_concat(id || coalesce(name, '') || coalesce(amount, '')) FROM item) ||"
-        " (SELECT group_concat(id || '-' || length(body) || coalesce(length(picture), '')) FROM sheet)");
-}
 
 // What fails: a call at SQLite's edge, or a request for memory by the C++ of the client and its engine.
 struct Failing {
@@ -130,11 +131,11 @@ protected:
         std::ofstream("../conf/db.conf", std::ios::app)
             << "client.busy_timeout_ms=5\nclient.pool=" << (keeps_ ? 1 : 0) << "\n";
         EXPECT_EQ(ORMEL_Init(), ORMEL_OK);
-        restore();
-        before_ = contents();
+        Witness().restore();
+        before_ = Witness().contents();
         EXPECT_TRUE(attemptUntouched(operation_).succeeded);
-        after_ = contents();
-        restore();
+        after_ = Witness().contents();
+        Witness().restore();
         memory_ = sqlite3_memory_used();
         files_ = openFiles();
     }
@@ -154,8 +155,6 @@ protected:
     }
 
 private:
-    static void restore() { Witness().run(kRows); }
-
     // The client's memory may be what its handle would have been made of, which is where the words stand.
     bool saysWhy() const { return operation_.saysWhy && failing_.place.has_value(); }
 
@@ -166,27 +165,36 @@ private:
         if (!keeps_) {
             EXPECT_EQ(sqlite3_memory_used(), memory_);
         }
-        const std::string now = contents();
-        if (tried.succeeded) {
-            EXPECT_EQ(now, after_);
-        } else {
-            EXPECT_TRUE(now == before_ || now == after_) << now;
-            EXPECT_TRUE(tried.failed) << "nothing failed, but the operation did";
-            EXPECT_TRUE(!saysWhy() || !tried.error.empty()) << "no word of why";
-            ++g_figures.answered;
-            if (now != before_) {
-                EXPECT_THAT(tried.error, testing::HasSubstr("look before repeating it"));
-                ++g_figures.kept;
-            }
-        }
-        EXPECT_EQ(Witness().run("PRAGMA integrity_check"), "ok");
-        if (now != before_)
-            restore();
+        checkDatabase(tried);
         const Attempt next = attemptUntouched(operation_);
         EXPECT_TRUE(next.succeeded) << "the next call: " << next.error;
-        EXPECT_EQ(contents(), after_);
+        const Witness witness;
+        EXPECT_EQ(witness.contents(), after_);
         if (after_ != before_)
-            restore();
+            witness.restore();
+    }
+
+    void checkDatabase(const Attempt &tried) const {
+        const Witness witness;
+        const std::string now = witness.contents();
+        EXPECT_EQ(witness.run("PRAGMA integrity_check"), "ok");
+        if (tried.succeeded)
+            EXPECT_EQ(now, after_);
+        else
+            checkRefusal(tried, now);
+        if (now != before_)
+            witness.restore();
+    }
+
+    void checkRefusal(const Attempt &tried, const std::string &now) const {
+        EXPECT_TRUE(now == before_ || now == after_) << now;
+        EXPECT_TRUE(tried.failed) << "nothing failed, but the operation did";
+        EXPECT_TRUE(!saysWhy() || !tried.error.empty()) << "no word of why";
+        ++g_figures.answered;
+        if (now == before_)
+            return;
+        EXPECT_THAT(tried.error, testing::HasSubstr("look before repeating it"));
+        ++g_figures.kept;
     }
 
     const bool keeps_ = std::get<0>(GetParam()); // its connection, in the pool

@@ -79,11 +79,12 @@ class NoServer(DirectoryTest):
         return listener
 
     def test_that_answers(self):
-        self.new("127.0.0.1", self.listener().getsockname()[1])
+        port = self.listener().getsockname()[1]
+        self.new("127.0.0.1", port)
         begin = time.monotonic()
         line = self.fail_with(1, "--home", "home", "check")
         self.assertLess(time.monotonic() - begin, 30)
-        self.assertIn("there was no answer within client.connect_timeout_ms", line)
+        self.assertIn(f"no answer from 127.0.0.1, port {port}, within client.connect_timeout_ms", line)
         self.assertIn("see that the server runs", line)
 
     def test_on_the_port(self):

@@ -3,6 +3,7 @@
 // fails, the operation says so or succeeds whole; what it wrote is there whole or not at all, the database is sound,
 // nothing stays open, and the next call works.
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -20,13 +21,14 @@ namespace edge {
 
 namespace {
 
+constexpr char kDatabase[] = "../data/ormel.db";
+
 // A connection that goes past the library and its faults.
 class Witness {
 public:
     Witness() {
         sqlite3 *raw = nullptr;
-        EXPECT_EQ(sqlite3_open_v2("../data/ormel.db", &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, "unix"),
-                  SQLITE_OK);
+        EXPECT_EQ(sqlite3_open_v2(kDatabase, &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, "unix"), SQLITE_OK);
         database_.reset(raw);
         run("PRAGMA synchronous = OFF");
     }
@@ -57,6 +59,29 @@ private:
     };
     std::unique_ptr<sqlite3, Close> database_;
 };
+
+// What the operation meets.
+enum class Scene { newConnection, keptConnection, crash };
+struct NamedScene {
+    const char *name;
+    Scene scene;
+    uint64_t steps; // as many times wider than elsewhere
+};
+constexpr NamedScene kScenes[] = {
+    {"OnANewConnection", Scene::newConnection, 1},
+    {"OnAKeptConnection", Scene::keptConnection, 1},
+    {"AfterACrash", Scene::crash, 5},
+};
+
+constexpr char kCrashed[] = "../data/crashed.db";
+
+// A file that is cut to be written anew is synced by some file systems; a new one is not.
+void copyDatabase(const std::string &from, const std::string &to) {
+    for (const char *end : {"", "-wal"}) {
+        std::filesystem::remove(to + end);
+        std::filesystem::copy_file(from + end, to + end);
+    }
+}
 
 // What fails: a call at SQLite's edge, or a request for memory by the C++ of the client and its engine.
 struct Failing {
@@ -104,10 +129,6 @@ template <class Run> Attempt attempt(Run run) {
     return attempt;
 }
 
-Attempt attemptUntouched(const Operation &operation) {
-    return attempt([&](Attempt &attempt) { attempt.succeeded = operation.run(); });
-}
-
 struct Figures {
     uint64_t faults = 0;
     uint64_t answered = 0; // by an error
@@ -115,12 +136,17 @@ struct Figures {
 };
 Figures g_figures;
 
-class EdgeTest : public testing::TestWithParam<std::tuple<bool, Operation, Failing>> {
+class EdgeTest : public testing::TestWithParam<std::tuple<NamedScene, Operation, Failing>> {
 protected:
     static void SetUpTestSuite() {
         installMemory();
         installFiles();
-        Witness().run(kTables);
+        const Witness witness;
+        witness.run(kTables);
+        // As a process that was killed leaves it: all rows are in the log alone.
+        witness.run("PRAGMA journal_mode = WAL; PRAGMA wal_autocheckpoint = 0");
+        witness.restore();
+        copyDatabase(kDatabase, kCrashed);
     }
     static void TearDownTestSuite() {
         std::cout << "faults tried: " << g_figures.faults << ", answered by an error: " << g_figures.answered
@@ -129,11 +155,11 @@ protected:
 
     EdgeTest() {
         std::ofstream("../conf/db.conf", std::ios::app)
-            << "client.busy_timeout_ms=5\nclient.pool=" << (keeps_ ? 1 : 0) << "\n";
+            << "client.busy_timeout_ms=5\nclient.pool=" << (scene_.scene == Scene::keptConnection ? 1 : 0) << "\n";
         EXPECT_EQ(ORMEL_Init(), ORMEL_OK);
         Witness().restore();
         before_ = Witness().contents();
-        EXPECT_TRUE(attemptUntouched(operation_).succeeded);
+        EXPECT_TRUE(attemptUntouched().succeeded);
         after_ = Witness().contents();
         Witness().restore();
         memory_ = sqlite3_memory_used();
@@ -142,9 +168,10 @@ protected:
     ~EdgeTest() override { ORMEL_UnInit(); }
 
     void sweep(bool lasting) {
-        const uint64_t step = std::getenv("ORMEL_NIGHTLY") != nullptr ? 1 : failing_.step;
+        const uint64_t step = std::getenv("ORMEL_NIGHTLY") != nullptr ? 1 : failing_.step * scene_.steps;
         for (uint64_t first = 1;; first += step) {
             SCOPED_TRACE("call " + std::to_string(first) + (lasting ? " and all behind it" : ""));
+            prepare();
             const Attempt tried =
                 attempt([&](Attempt &attempt) { runFailing(operation_, failing_, first, lasting, attempt); });
             check(tried);
@@ -155,6 +182,17 @@ protected:
     }
 
 private:
+    // The database as the operation is to meet it, with the same rows always.
+    void prepare() const {
+        if (scene_.scene == Scene::crash)
+            copyDatabase(kCrashed, kDatabase);
+    }
+
+    Attempt attemptUntouched() const {
+        prepare();
+        return attempt([&](Attempt &attempt) { attempt.succeeded = operation_.run(); });
+    }
+
     // The client's memory may be what its handle would have been made of, which is where the words stand.
     bool saysWhy() const { return operation_.saysWhy && failing_.place.has_value(); }
 
@@ -162,11 +200,11 @@ private:
         SCOPED_TRACE(tried.error);
         EXPECT_EQ(g_stTransMgr.uiCount, 0U) << "slots are left";
         EXPECT_LE(openFiles(), files_);
-        if (!keeps_) {
+        if (scene_.scene != Scene::keptConnection) {
             EXPECT_EQ(sqlite3_memory_used(), memory_);
         }
         checkDatabase(tried);
-        const Attempt next = attemptUntouched(operation_);
+        const Attempt next = attemptUntouched();
         EXPECT_TRUE(next.succeeded) << "the next call: " << next.error;
         const Witness witness;
         EXPECT_EQ(witness.contents(), after_);
@@ -197,7 +235,7 @@ private:
         ++g_figures.kept;
     }
 
-    const bool keeps_ = std::get<0>(GetParam()); // its connection, in the pool
+    const NamedScene scene_ = std::get<0>(GetParam());
     const Operation operation_ = std::get<1>(GetParam());
     const Failing failing_ = std::get<2>(GetParam());
     std::string before_;
@@ -212,10 +250,11 @@ TEST_P(EdgeTest, EveryFailureIsAnswered) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sweep, EdgeTest,
-                         testing::Combine(testing::Bool(), testing::ValuesIn(kOperations), testing::ValuesIn(kFailing)),
+                         testing::Combine(testing::ValuesIn(kScenes), testing::ValuesIn(kOperations),
+                                          testing::ValuesIn(kFailing)),
                          [](const auto &info) {
                              return std::string(std::get<1>(info.param).name) + std::get<2>(info.param).name +
-                                    (std::get<0>(info.param) ? "OnAKeptConnection" : "OnANewConnection");
+                                    std::get<0>(info.param).name;
                          });
 
 } // namespace

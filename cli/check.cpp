@@ -74,7 +74,7 @@ std::string configured(const std::string &key) {
 
 // The engine that the configuration names, or stands for: by a host a server.
 std::string configuredEngine() {
-    const std::string driver = configured("db.driver");
+    std::string driver = configured("db.driver");
     if (!driver.empty())
         return driver;
     return configured("db.host").empty() ? "sqlite" : "postgres";
@@ -82,7 +82,7 @@ std::string configuredEngine() {
 
 // The library takes any other word for the weakest, and tells the log alone.
 std::string sslMode(void * /*connection*/) {
-    const std::string mode = configured("auth.sslmode");
+    std::string mode = configured("auth.sslmode");
     if (mode.empty())
         return "DISABLED, because auth.sslmode is not set";
     if (dbSslModeType(mode.c_str()) == 0 && lowerCase(mode) != "disabled")
@@ -144,7 +144,8 @@ void checkDatabase() {
         return !tellAnswer(session.connection(), question);
     });
     if (failed > 0)
-        throw Failure("the database does not do all that it should: " + counted(static_cast<size_t>(failed), "step") + " failed");
+        throw Failure("the database does not do all that it should: " + counted(static_cast<size_t>(failed), "step") +
+                      " failed");
 }
 
 } // namespace cli

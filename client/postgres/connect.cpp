@@ -81,6 +81,17 @@ void logIn(PGconn *connection, const Address &address, Clock::time_point deadlin
     PQsetErrorVerbosity(connection, PQERRORS_DEFAULT);
 }
 
+// The next answer, or NULL when there is none left.
+OwnedResult answerOf(PGconn *connection, const Address &address, Clock::time_point deadline) {
+    while (PQisBusy(connection) != 0) {
+        if (!await(connection, PGRES_POLLING_READING, deadline))
+            failSilent(address);
+        if (PQconsumeInput(connection) != 1)
+            refuse(kUnableToConnect, wordsOf(connection));
+    }
+    return OwnedResult(PQgetResult(connection));
+}
+
 // The environment can give a session another form of dates, which all readers of text would see.
 void useIsoDates(PGconn *connection, const Address &address, Clock::time_point deadline) {
     const char *style = PQparameterStatus(connection, "DateStyle");
@@ -88,15 +99,9 @@ void useIsoDates(PGconn *connection, const Address &address, Clock::time_point d
         return;
     if (PQsendQuery(connection, kIsoDates) != 1)
         refuse(kUnableToConnect, wordsOf(connection));
-    while (PQisBusy(connection) != 0) {
-        if (!await(connection, PGRES_POLLING_READING, deadline))
-            failSilent(address);
-        if (PQconsumeInput(connection) != 1)
-            refuse(kUnableToConnect, wordsOf(connection));
-    }
-    while (const OwnedResult result{PQgetResult(connection)})
-        if (PQresultStatus(result.get()) != PGRES_COMMAND_OK)
-            throw errorOf(result.get());
+    while (const OwnedResult answer = answerOf(connection, address, deadline))
+        if (PQresultStatus(answer.get()) != PGRES_COMMAND_OK)
+            throw errorOf(answer.get());
 }
 
 // Whether another address may do better: this one is not there, not ready, or takes no writes.

@@ -128,6 +128,12 @@ OwnedConnection firstOf(const std::vector<Place> &places, Clock::time_point dead
     throw *std::move(failed);
 }
 
+// What the configuration names, as far as it does.
+std::string placeOf(const Settings &settings) {
+    const std::string host = settings.host.empty() ? "this machine (db.host is not set)" : settings.host;
+    return settings.port.empty() ? host : host + ":" + settings.port;
+}
+
 } // namespace
 
 OwnedConnection openConnection(const Settings &settings) {
@@ -147,8 +153,7 @@ OwnedConnection openConnection(const Settings &settings) {
     try {
         return firstOf(hostsOf(settings.host, settings.port), deadline, tryHost);
     } catch (const Error &error) {
-        const std::string where = "cannot connect to " + settings.host + ":" + settings.port + ": ";
-        throw Error{error.code, std::string(stateOf(error)) + ": " + where + std::string(wordsIn(error))};
+        throw makeError(stateOf(error), "cannot connect to " + placeOf(settings) + ": " + std::string(wordsIn(error)));
     }
 }
 

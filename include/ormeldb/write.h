@@ -8,8 +8,9 @@
  *
  * All return 0; 97 when a required pointer is NULL; 255 when the table cannot be described; 1 when the record or the
  * conditions do not fit (see ORMEL_ParaFieldUpdateByDsbuf and ORMEL_ParaCondUpdateByCond), before anything is sent; 211
- * when there is no connection or the statement fails; the plain ones also what a refused commit returned. Forms with
- * objects return 125 instead of 255, and 98 when an object is refused (see ORMEL_ObjectCheck).
+ * when there is no connection or the statement fails; the plain ones also what a refused commit returned, the number of
+ * records being stored by then. Forms with objects return 125 instead of 255, and 98 when an object is refused (see
+ * ORMEL_ObjectCheck).
  */
 #ifndef ORMELDB_WRITE_H
 #define ORMELDB_WRITE_H

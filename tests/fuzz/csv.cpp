@@ -46,7 +46,7 @@ uint64_t records(char separator, bool blankLines) {
     uint64_t line = 0;
     while (reader.next(record)) {
         ++count;
-        require(record.line > line || count == 1, "records begin on lines of their own");
+        require(record.line >= line, "records come in the order of their lines");
         line = record.line;
     }
     require(reader.read() == reader.size(), "the whole file is read");

@@ -69,8 +69,8 @@ struct NamedScene {
 };
 constexpr NamedScene kScenes[] = {
     {"OnANewConnection", Scene::newConnection, 1},
-    {"OnAKeptConnection", Scene::keptConnection, 1},
     {"AfterACrash", Scene::crash, 5},
+    {"OnAKeptConnection", Scene::keptConnection, 1}, // last: it stays in the pool for a while
 };
 
 constexpr char kCrashed[] = "../data/crashed.db";

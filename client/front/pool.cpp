@@ -83,7 +83,7 @@ private:
     }
 
     const pid_t process_ = getpid();
-    Pool *const inherited_; // stays reachable
+    [[maybe_unused]] Pool *const inherited_; // stays reachable
     std::mutex mutex_;
     bool isClosed_ = false;
     std::list<Idle> idle_; // the one used last in front

@@ -55,7 +55,7 @@ template <class Body> uint32_t onStatement(void *handle, Body body) noexcept {
 }
 
 template <class... Pointers> void require(const Pointers *...pointers) {
-    if ((... || (pointers == nullptr)))
+    if ((... || !pointers))
         fail(kMisuse, "a required argument is NULL");
 }
 

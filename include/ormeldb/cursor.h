@@ -31,8 +31,8 @@ ORMEL_BEGIN_DECLS
 
 /*
  * Begins to read a whole table; the slot, or NULL: all slots are taken, there is no connection, the table cannot be
- * described or read. A failed begin leaves nothing behind. pcFunc and uiLine name the caller in the dump of the slots;
- * pcFunc is kept by address. Any thread.
+ * described or read. A failed begin leaves nothing behind; its transaction, which has written nothing, is ended by a
+ * commit. pcFunc and uiLine name the caller in the dump of the slots; pcFunc is kept by address. Any thread.
  */
 ORMEL_API ORMEL_TRANS *ORMEL_BeginSelect(const char *pcTableName, const char *pcFunc, uint32_t uiLine);
 

@@ -80,7 +80,8 @@ ORMEL_API void *dbMallocLob(uint32_t uiCount);
 /*
  * Binds the slots from iStart on: up to the last field where iWithFields is set, else up to the last condition where
  * iWithConds is set. Slot i fills placeholder i+1. *ppLobData receives the large-object slots, or NULL; free them with
- * free after the statement has run, on every path. It is not written where they cannot be allocated.
+ * free after the statement has run, on every path, also where the binding failed. It is not written where they cannot
+ * be allocated.
  *
  * Returns 1 when all are bound, else 0 (the reverse of the client's status codes).
  */

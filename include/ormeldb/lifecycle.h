@@ -48,8 +48,8 @@ ORMEL_API void ORMEL_DBDisConnect(void *pConn);
 /*
  * Takes a transaction slot, of which there are sixteen, and begins a transaction on it. pcFunc and uiLine name the
  * caller in the dump of the table; pcFunc is kept by address. End the slot with ORMEL_CommitTrans or
- * ORMEL_RollbackTrans. NULL when all slots are taken, or there is no connection or transaction. Any thread; one thread
- * per slot.
+ * ORMEL_RollbackTrans. NULL when all slots are taken, or there is no connection or transaction; one that does not begin
+ * is ended by a commit, of nothing. Any thread; one thread per slot.
  */
 ORMEL_API ORMEL_TRANS *ORMEL_StartTrans(const char *pcFunc, uint32_t uiLine);
 

@@ -71,6 +71,7 @@ ORMEL_API uint32_t ORMEL_SelectRecForTrans2(ORMEL_TRANS *pstTrans, const char *p
  * Returns 0, also when nothing matches; 97 when a pointer is NULL; 98 when the object is refused (see
  * ORMEL_ObjectCheck; an item without a value too); 255 when the table cannot be described or the statement fails.
  * Without a connection, the plain form returns 255 and the one on a slot 0xFFFFFFFF. The result is written with 0 only.
+ * Where the selected columns cannot be described although the rows were read, the rows are kept until the process ends.
  */
 ORMEL_API uint32_t ORMEL_SelectRecForConn3(void *pConn, ORMEL_OBJECT *pstObj, ORMEL_SELECT_RESULT *pstResult);
 ORMEL_API uint32_t ORMEL_SelectRecByObj(ORMEL_OBJECT *pstObj, ORMEL_SELECT_RESULT *pstResult);

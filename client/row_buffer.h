@@ -65,7 +65,8 @@ public:
 
     size_t rows() const { return rows_; }
 
-    // Takes the next row's values and gives back the memory of the one before; false when there is none. Needs no memory.
+    // Takes the next row's values and gives back the memory of the one before; false when there is none. Needs no
+    // memory.
     bool take(std::vector<Cell> &cells) noexcept {
         current_.clear();
         if (rows_ == 0)

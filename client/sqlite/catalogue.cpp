@@ -57,13 +57,13 @@ std::string textAt(sqlite3_stmt *statement, int column) {
 
 int addColumns(sqlite3 *database, const std::string &table, std::vector<CatalogueRow> &rows) {
     // Hidden columns (1) are not what "select *" gives; generated ones (2 and 3) are.
-    const int result = forEachRow(
-        database, "SELECT cid, name, type FROM pragma_table_xinfo(?1, 'main') WHERE hidden <> 1", table,
-        [&](sqlite3_stmt *column) {
-            const Declaration declaration = parseDeclaration(textAt(column, 2));
-            rows.push_back({upperCase(table), upperCase(textAt(column, 1)), declaration.name, typeOf(declaration).size,
-                            sqlite3_column_int(column, 0) + 1});
-        });
+    const int result =
+        forEachRow(database, "SELECT cid, name, type FROM pragma_table_xinfo(?1, 'main') WHERE hidden <> 1", table,
+                   [&](sqlite3_stmt *column) {
+                       const Declaration declaration = parseDeclaration(textAt(column, 2));
+                       rows.push_back({upperCase(table), upperCase(textAt(column, 1)), declaration.name,
+                                       typeOf(declaration).size, sqlite3_column_int(column, 0) + 1});
+                   });
     // A view over something that is no more has no columns.
     return result == SQLITE_ERROR ? SQLITE_OK : result;
 }

@@ -1,9 +1,8 @@
 // What is written comes back the same, to the byte, whichever way it is written and read. ORMEL_SEED=n repeats a run.
 #include <algorithm>
-#include <cstdlib>
-#include <iostream>
 #include <numeric>
 
+#include "seed.h"
 #include "support/database.h"
 #include "support/readers.h"
 #include "support/writers.h"
@@ -67,16 +66,10 @@ void readEveryWay(Random &random, const Table &table, const Writer &writer) {
     }
 }
 
-uint64_t chosenSeed() {
-    const char *given = std::getenv("ORMEL_SEED");
-    return given != nullptr ? std::stoull(given) : std::random_device()();
-}
-
 TEST_F(PropertyTest, WhatIsWrittenIsReadOnEveryWay) {
     constexpr size_t mostRows = 8;
     constexpr int rounds = 16;
-    const uint64_t seed = chosenSeed();
-    std::cout << "repeat with ORMEL_SEED=" << seed << std::endl;
+    const uint64_t seed = seedOfRun();
     SCOPED_TRACE("ORMEL_SEED=" + std::to_string(seed));
     Random random(seed);
     for (int round = 0; round < rounds && !HasFailure(); ++round) {
@@ -84,6 +77,7 @@ TEST_F(PropertyTest, WhatIsWrittenIsReadOnEveryWay) {
         const size_t columns = round == 0 ? 1 : round == 1 ? ORMEL_MAX_ITEMS : 1 + below(random, ORMEL_MAX_ITEMS);
         const Table table = randomTable(random, columns, below(random, mostRows + 1));
         SCOPED_TRACE(table.creation());
+        execute("DROP TABLE IF EXISTS " + table.name);
         execute(table.creation());
         for (const Writer &writer : writers()) {
             if (HasFailure() || !writer.takes(table))

@@ -5,6 +5,7 @@
 #include <random>
 #include <sqlite3.h>
 
+#include "seed.h"
 #include "support.h"
 
 namespace ormel::client::sqlite {
@@ -84,7 +85,7 @@ TEST_F(ValuesTest, textThatLooksLikeANumberBecomesOneOutsideOfTextColumns) {
 }
 
 TEST_F(ValuesTest, realsAsTextReadBackAsTheSameNumber) {
-    const auto seed = std::random_device()();
+    const auto seed = seedOfRun();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937_64 random(seed);
     const auto connection = connect();

@@ -1,7 +1,5 @@
 // The red-black tree against std::map, and its invariants after every change.
 #include <algorithm>
-#include <cstdlib>
-#include <iostream>
 #include <map>
 #include <memory>
 #include <random>
@@ -10,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "ormeldb/tree.h"
+
+#include "seed.h"
 
 namespace {
 
@@ -106,16 +106,8 @@ private:
     }
 };
 
-// ORMEL_TEST_SEED repeats a run that failed.
-unsigned seed() {
-    const char *given = std::getenv("ORMEL_TEST_SEED");
-    const unsigned seed = given == nullptr ? std::random_device{}() : static_cast<unsigned>(std::atoll(given));
-    std::cout << "ORMEL_TEST_SEED=" << seed << '\n';
-    return seed;
-}
-
 void runRandomly(int keys, int steps, int stepsBetweenChecks) {
-    std::mt19937 random(seed());
+    std::mt19937_64 random(seedOfRun());
     std::uniform_int_distribution<int> anyKey(0, keys - 1);
     std::uniform_int_distribution<int> anyAction(0, 9);
     Twins twins;

@@ -2,9 +2,9 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <iostream>
 #include <random>
 
+#include "seed.h"
 #include "support/contract_test.h"
 
 namespace {
@@ -180,9 +180,7 @@ void insertArrays(Connection &db, const std::string &sql, const std::vector<Colu
 }
 
 TEST_P(RoundTripTest, WhatWentInComesOut) {
-    const char *given = std::getenv("ORMEL_SEED");
-    const uint64_t seed = given != nullptr ? std::stoull(given) : std::random_device()();
-    std::cout << "repeat with ORMEL_SEED=" << seed << std::endl;
+    const uint64_t seed = seedOfRun();
     SCOPED_TRACE("ORMEL_SEED=" + std::to_string(seed));
     Random random(seed);
     Connection db = connect();

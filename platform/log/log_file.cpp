@@ -1,6 +1,7 @@
 #include "log/log_file.h"
 
 #include <spdlog/formatter.h>
+#include <spdlog/sinks/rotating_file_sink.h>
 
 #include <fcntl.h>
 
@@ -34,9 +35,27 @@ void refuseSpecialFile(const std::string &path) {
         throw std::runtime_error("\"" + path + "\" is not a file");
 }
 
+spdlog::file_event_handlers closedOnExec() {
+    spdlog::file_event_handlers handlers;
+    handlers.after_open = [](const spdlog::filename_t &, std::FILE *stream) {
+        fcntl(fileno(stream), F_SETFD, FD_CLOEXEC);
+    };
+    return handlers;
+}
+
 } // namespace
 
+struct LogFile::Sink {
+    Sink(const std::string &path, Rotation rotation)
+        : file(path, rotation.bytes, rotation.files - 1, false, closedOnExec()) {
+        file.set_formatter(std::make_unique<Verbatim>());
+    }
+    spdlog::sinks::rotating_file_sink_st file;
+};
+
 LogFile::LogFile(std::string path, Rotation rotation) : path_(std::move(path)), rotation_(rotation) {}
+
+LogFile::~LogFile() = default;
 
 bool LogFile::open() {
     if (!sink_ && !openSink())
@@ -53,14 +72,14 @@ bool LogFile::append(std::string_view line) {
     return attempt([&] {
         spdlog::details::log_msg message;
         message.payload = spdlog::string_view_t(line.data(), line.size());
-        sink_->log(message);
+        sink_->file.log(message);
     });
 }
 
 bool LogFile::flush() {
     if (!std::exchange(pending_, false))
         return false;
-    if (sink_ && attempt([&] { sink_->flush(); }))
+    if (sink_ && attempt([&] { sink_->file.flush(); }))
         troubled_ = false;
     return true;
 }
@@ -84,19 +103,9 @@ bool LogFile::openSink() {
         std::filesystem::create_directories(std::filesystem::path(path_).parent_path());
         if (!claim_)
             claim_ = Claim::take(path_);
-        sink_ = makeSink();
+        refuseSpecialFile(claim_.path());
+        sink_ = std::make_unique<Sink>(claim_.path(), rotation_);
     });
-}
-
-std::unique_ptr<LogFile::Sink> LogFile::makeSink() {
-    refuseSpecialFile(claim_.path());
-    spdlog::file_event_handlers handlers;
-    handlers.after_open = [](const spdlog::filename_t &, std::FILE *stream) {
-        fcntl(fileno(stream), F_SETFD, FD_CLOEXEC);
-    };
-    auto sink = std::make_unique<Sink>(claim_.path(), rotation_.bytes, rotation_.files - 1, false, handlers);
-    sink->set_formatter(std::make_unique<Verbatim>());
-    return sink;
 }
 
 void LogFile::release() {

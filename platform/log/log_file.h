@@ -3,8 +3,6 @@
 
 #include "log/claim.h"
 
-#include <spdlog/sinks/rotating_file_sink.h>
-
 #include <chrono>
 #include <memory>
 #include <string>
@@ -24,6 +22,9 @@ class LogFile {
 public:
     // The path is absolute, so that the host may change its working directory.
     LogFile(std::string path, Rotation rotation);
+    ~LogFile();
+    LogFile(const LogFile &) = delete;
+    LogFile &operator=(const LogFile &) = delete;
 
     // One user more; false when the file cannot be written.
     bool open();
@@ -38,10 +39,9 @@ public:
     void leaveToParent();
 
 private:
-    using Sink = spdlog::sinks::rotating_file_sink_st;
+    struct Sink; // hides spdlog, whose headers take long to compile
 
     bool openSink();
-    std::unique_ptr<Sink> makeSink();
     void release();
     template <typename Action> bool attempt(Action action);
 

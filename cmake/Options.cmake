@@ -28,9 +28,9 @@ target_compile_options(ormel_options INTERFACE
 target_include_directories(ormel_options INTERFACE ${PROJECT_SOURCE_DIR}/include ${PROJECT_BINARY_DIR}/include)
 
 if(ORMEL_SANITIZE)
-  set(sanitize -fsanitize=${ORMEL_SANITIZE} -fno-sanitize-recover=all)
-  target_compile_options(ormel_options INTERFACE ${sanitize})
-  target_link_options(ormel_options INTERFACE ${sanitize})
+  # Of the folder, not of ormel_options, so that tests/ can take some of it back.
+  add_compile_options(-fsanitize=${ORMEL_SANITIZE} -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${ORMEL_SANITIZE})
 endif()
 if(ORMEL_FUZZ)
   target_compile_options(ormel_options INTERFACE -fsanitize=fuzzer-no-link)

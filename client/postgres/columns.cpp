@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "pipeline.h"
+
 namespace ormel::client::postgres {
 
 namespace {

@@ -3,6 +3,7 @@
 
 #include <map>
 
+#include "engine.h"
 #include "session.h"
 #include "types.h"
 

@@ -4,6 +4,7 @@
 
 #include "connect.h"
 #include "error.h"
+#include "pipeline.h"
 #include "sql_text.h"
 #include "statement.h"
 

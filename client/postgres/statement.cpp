@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "error.h"
+#include "pipeline.h"
 
 namespace ormel::client::postgres {
 

@@ -3,6 +3,7 @@
 
 #include "connection.h"
 #include "sql_text.h"
+#include "values.h"
 
 namespace ormel::client::postgres {
 

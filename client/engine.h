@@ -126,10 +126,10 @@ public:
     virtual void commit() = 0;
     virtual void rollback() = 0;
 
-    // Its user is done with it: rolls back and undoes whatever a rollback leaves. False where that cannot be; the
-    // connection is then closed. What was not touched costs no round trip.
+    // Its user is done with it: rolls back, which need not be waited for, and undoes whatever a rollback leaves. False
+    // where that cannot be; the connection is then closed. What was not touched costs no round trip.
     virtual bool recycle() noexcept { return false; }
-    // Whether a connection that was kept can still be used, as far as can be told without a round trip.
+    // Whether a connection that was kept can still be used, as far as can be told without asking the database anew.
     virtual bool alive() noexcept { return true; }
 };
 

@@ -97,8 +97,10 @@ bool PostgresConnection::recycle() noexcept {
     if (session_.largestMessage() > kLargestKept)
         return false;
     try {
-        session_.rollback();
-        if (altered_) {
+        if (!altered_) {
+            session_.sendRollback();
+        } else {
+            session_.rollback();
             session_.forgetLater();
             Pipeline pipeline(session_, Pipeline::Begin::no);
             for (const char *command :
@@ -109,7 +111,7 @@ bool PostgresConnection::recycle() noexcept {
             statements_ = StatementCache(); // what was prepared is gone, be it the user's or the engine's own
         }
         altered_ = false;
-        return PQstatus(session_.raw()) == CONNECTION_OK && !session_.inTransaction();
+        return PQstatus(session_.raw()) == CONNECTION_OK;
     } catch (...) {
         return false;
     }
@@ -118,7 +120,7 @@ bool PostgresConnection::recycle() noexcept {
 // Nobody speaks while nobody asks: what can be read is the end of the connection, or the server's words before it.
 bool PostgresConnection::alive() noexcept {
     pollfd entry = {PQsocket(session_.raw()), POLLIN, 0};
-    return PQstatus(session_.raw()) == CONNECTION_OK && poll(&entry, 1, 0) == 0;
+    return session_.settle() && PQstatus(session_.raw()) == CONNECTION_OK && poll(&entry, 1, 0) == 0;
 }
 
 } // namespace ormel::client::postgres

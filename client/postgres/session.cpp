@@ -1,5 +1,8 @@
 #include "session.h"
 
+#include <cerrno>
+#include <chrono>
+#include <poll.h>
 #include <sys/socket.h>
 #include <utility>
 
@@ -14,6 +17,7 @@ constexpr char kFailedTransaction[] = "25P02";
 constexpr char kConnectionLost[] = "08006";
 constexpr char kOutcomeUnknown[] = "08007";
 constexpr char kDrop[] = "DEALLOCATE ";
+constexpr std::chrono::seconds kLongestAnswer(1); // most often it has come long before anybody asks
 
 } // namespace
 
@@ -85,6 +89,38 @@ void Session::rollback() {
     Pipeline pipeline(*this, Pipeline::Begin::no);
     pipeline.run("ROLLBACK");
     pipeline.finish();
+}
+
+void Session::sendRollback() {
+    const bool open = inTransaction();
+    endTransaction();
+    if (open && PQsendQuery(raw(), "ROLLBACK") != 1)
+        failLost("the transaction cannot be ended");
+    answerDue_ = open;
+}
+
+bool Session::settle() noexcept {
+    if (!std::exchange(answerDue_, false))
+        return true;
+    if (!waitForAnswer())
+        return false;
+    bool rolledBack = false;
+    while (const OwnedResult result{PQgetResult(raw())})
+        rolledBack = PQresultStatus(result.get()) == PGRES_COMMAND_OK;
+    return rolledBack && !inTransaction();
+}
+
+bool Session::waitForAnswer() noexcept {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + kLongestAnswer;
+    while (PQisBusy(raw()) == 1) {
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+        pollfd entry = {PQsocket(raw()), POLLIN, 0};
+        const int ready = poll(&entry, 1, std::max(0, static_cast<int>(rest)));
+        if (ready == 0 || (ready < 0 && errno != EINTR) || (ready > 0 && PQconsumeInput(raw()) != 1))
+            return false;
+    }
+    return true;
 }
 
 } // namespace ormel::client::postgres

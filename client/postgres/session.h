@@ -21,6 +21,10 @@ public:
 
     void commit();
     void rollback();
+    // Sends a rollback whose answer nobody waits for until the session is used again.
+    void sendRollback();
+    // Takes that answer off the wire. False where it does not come soon, or is another one.
+    bool settle() noexcept;
 
     // A command that can wait until others travel; it is forgotten when the transaction ends before that.
     void later(std::string command) { later_.push_back(std::move(command)); }
@@ -46,6 +50,7 @@ private:
 
     void forgetLaterOfTransaction() noexcept;
     void endTransaction() noexcept;
+    bool waitForAnswer() noexcept;
     [[noreturn]] void failLost(const char *what) const;
 
     OwnedConnection connection_;
@@ -53,6 +58,7 @@ private:
     uint64_t number_ = 0;
     uint64_t names_ = 0;
     size_t largest_ = 0;
+    bool answerDue_ = false; // to a rollback
 };
 
 } // namespace ormel::client::postgres

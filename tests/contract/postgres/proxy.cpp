@@ -43,6 +43,10 @@ size_t messageSize(std::string_view bytes, bool first) {
     return bytes.size() < size ? 0 : size;
 }
 
+bool isQuery(Proxy::Direction direction, std::string_view message) {
+    return direction == Proxy::toServer && message.front() == 'Q';
+}
+
 } // namespace
 
 Proxy::Proxy(uint16_t server) : server_(server) {
@@ -60,7 +64,6 @@ void Proxy::fail(const Fault &fault) {
     const std::lock_guard lock(mutex_);
     fault_ = fault;
     armed_ = true;
-    silent_ = false;
 }
 
 bool Proxy::hasFailed() const {
@@ -73,6 +76,7 @@ void Proxy::count() {
     passed_[toServer] = passed_[toClient] = {};
     roundTrips_ = 0;
     armed_ = false;
+    silent_ = false;
 }
 
 Proxy::Passed Proxy::passed(Direction direction) const {
@@ -131,14 +135,16 @@ bool Proxy::pass(Link &link, Direction direction, std::string_view message) {
 
 std::optional<Proxy::Action> Proxy::note(Direction direction, std::string_view message, size_t &passing) {
     const std::lock_guard lock(mutex_);
-    roundTrips_ += direction == toServer && last_ == toClient ? 1 : 0;
-    last_ = direction;
+    const bool query = isQuery(direction, message);
+    roundTrips_ += direction == toServer && last_ == toClient && !query ? 1 : 0;
+    last_ = query ? last_ : direction;
     const bool fails = armed_ && direction == fault_.direction && head(direction, message) < message.size();
     passing = silent_ ? 0 : fails ? head(direction, message) : message.size();
     armed_ = armed_ && !fails;
     silent_ = silent_ || (fails && fault_.action == Action::silence);
     ++passed_[direction].messages;
     passed_[direction].bytes += message.size();
+    passed_[direction].queries += query ? 1 : 0;
     return fails ? std::optional(fault_.action) : std::nullopt;
 }
 
@@ -150,6 +156,8 @@ size_t Proxy::head(Direction direction, std::string_view message) const {
         return within ? 0 : message.size();
     case Unit::halves:
         return within ? message.size() / 2 : message.size();
+    case Unit::queries:
+        return isQuery(direction, message) && passed.queries >= fault_.after ? 0 : message.size();
     default:
         return fault_.after - passed.bytes;
     }

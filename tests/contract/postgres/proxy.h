@@ -21,8 +21,9 @@ namespace contract {
 class Proxy {
 public:
     enum Direction { toServer, toClient };
-    enum class Unit { messages, halves, bytes }; // halves: so many messages, and half of the next one
-    enum class Action { cut, delay, silence };   // silence: nothing passes any more, in neither direction
+    // halves: so many messages, and half of the next one; queries: so many simple queries (Q) of the client's
+    enum class Unit { messages, halves, bytes, queries };
+    enum class Action { cut, delay, silence }; // silence: nothing passes any more, in neither direction
     static constexpr std::chrono::milliseconds kDelay{5};
 
     // Happens once, when so much has passed in one direction and more is on its way.
@@ -36,6 +37,7 @@ public:
     struct Passed {
         uint64_t messages = 0;
         uint64_t bytes = 0;
+        uint64_t queries = 0;
     };
 
     explicit Proxy(uint16_t server);
@@ -51,7 +53,7 @@ public:
     // Counts anew, and fails no more.
     void count();
     Passed passed(Direction direction) const;
-    // How often the client spoke after the server had.
+    // How often the client asked after the server had spoken. What it sends as a simple query, it does not wait for.
     uint64_t roundTrips() const;
 
 private:

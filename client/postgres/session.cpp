@@ -17,7 +17,7 @@ constexpr char kFailedTransaction[] = "25P02";
 constexpr char kConnectionLost[] = "08006";
 constexpr char kOutcomeUnknown[] = "08007";
 constexpr char kDrop[] = "DEALLOCATE ";
-constexpr std::chrono::seconds kLongestAnswer(1); // most often it has come long before anybody asks
+constexpr std::chrono::seconds kLongestAnswer(2); // most often it has come long before anybody asks
 
 } // namespace
 

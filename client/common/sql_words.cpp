@@ -28,6 +28,21 @@ size_t commentLength(std::string_view text) {
     return found == std::string_view::npos ? text.size() : found + end.size();
 }
 
+// The length of what may stand between two parts of a text, blanks with an end of line and comments up to one; 0 for
+// other blanks.
+size_t gapLength(std::string_view text) {
+    size_t at = 0;
+    bool ends = false; // a line
+    for (;;) {
+        const size_t next = std::min(text.find_first_not_of(" \t\r\n\f", at), text.size());
+        ends = ends || text.substr(at, next - at).find_first_of("\r\n") != std::string_view::npos;
+        at = next;
+        if (!startsWith(text.substr(at), "--"))
+            return ends ? at : 0;
+        at = std::min(text.find_first_of("\r\n", at), text.size());
+    }
+}
+
 } // namespace
 
 std::string_view skipBlanks(std::string_view text) {
@@ -57,6 +72,19 @@ bool hasWord(std::string_view text, std::string_view word) {
         if (starts && ends)
             return true;
     }
+}
+
+size_t escapedLength(std::string_view text) {
+    size_t at = 1;
+    do {
+        ++at; // a quote
+        while (at < text.size() && text[at] != '\'')
+            at += text[at] == '\\' ? 2 : 1;
+        at = std::min(at + 1, text.size());
+        const size_t gap = gapLength(text.substr(at));
+        at += startsWith(text.substr(at + gap), "'") ? gap : 0;
+    } while (startsWith(text.substr(at), "'"));
+    return at;
 }
 
 std::string upperCase(std::string_view text) {

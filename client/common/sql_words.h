@@ -15,6 +15,10 @@ std::string firstWord(std::string_view text);
 // Whether a name stands in the text as a word, whatever its case.
 bool hasWord(std::string_view text, std::string_view word);
 
+// The length of the text E'...' that another one begins with; the end ends it as well. A backslash escapes in all its
+// parts: a quote that follows at once, or on a later line, goes on with it.
+size_t escapedLength(std::string_view text);
+
 // As databases find names: only ASCII letters have a case.
 std::string upperCase(std::string_view text);
 

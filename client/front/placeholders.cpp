@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "common/sql_words.h"
 #include "errors.h"
 
 namespace ormel::client {
@@ -47,11 +48,10 @@ private:
     void step() {
         const char c = peek();
         if (c == '\'' || c == '"' || (c == '`' && dialect_.backtickIdentifiers))
-            copyQuoted(c, false);
-        else if (dialect_.escapeStrings && (c == 'E' || c == 'e') && peek(1) == '\'') {
-            copy(1);
-            copyQuoted('\'', true);
-        } else if (c == '[' && dialect_.bracketIdentifiers)
+            copyThrough(sql_.substr(at_, 1), 1); // a doubled quote begins another text, which comes to the same
+        else if (dialect_.escapeStrings && (startsWith("E'") || startsWith("e'")))
+            copy(escapedLength(sql_.substr(at_)));
+        else if (c == '[' && dialect_.bracketIdentifiers)
             copyThrough("]", 1);
         else if (startsWith("--"))
             copyThrough("\n", 2);
@@ -67,14 +67,6 @@ private:
             replace();
         else
             copy(1);
-    }
-
-    void copyQuoted(char quote, bool backslashes) {
-        size_t length = 1;
-        // A doubled quote ends one text and begins the next, which comes to the same.
-        while (at_ + length < sql_.size() && peek(length) != quote)
-            length += backslashes && peek(length) == '\\' && at_ + length + 1 < sql_.size() ? 2 : 1;
-        copy(std::min(length + 1, sql_.size() - at_));
     }
 
     void copyComment() {

@@ -62,14 +62,6 @@ size_t through(std::string_view text, std::string_view end, size_t from) {
     return found == std::string_view::npos ? text.size() : found + end.size();
 }
 
-// Of E'it\'s'.
-size_t escapedLength(std::string_view text) {
-    size_t at = 2;
-    while (at < text.size() && text[at] != '\'')
-        at += text[at] == '\\' ? 2 : 1;
-    return std::min(at + 1, text.size());
-}
-
 // Comments nest.
 size_t commentLength(std::string_view text) {
     size_t at = 0;

@@ -70,6 +70,7 @@ TEST(PostgresText, whateverCallsAFunctionMayLeaveATrace) {
                              "insert into t (a) select f(1)",
                              "update t set a = f(b)",
                              "select E'\\'', f('a'), ''",
+                             "select E'a''\\'', f('a'), ''",
                              "select $$'$$, f('a')",
                              "select $a$ ' $a$, f('a')",
                              "select /* /* */ ' */ f('a')",

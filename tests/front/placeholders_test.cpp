@@ -124,6 +124,11 @@ TEST(PlaceholdersTest, EscapesAreTheDialects) {
                          {"E'it\\'s :1' :1", "E'it\\'s :1' $1", 1},
                          {"e'\\\\' :1", "e'\\\\' $1", 1},
                          {"E'a'':1' :1", "E'a'':1' $1", 1},
+                         {"E'a''\\':1' :1", "E'a''\\':1' $1", 1},
+                         {"E'a'\n '\\':1' :1", "E'a'\n '\\':1' $1", 1},
+                         {"E'a' -- b\n '\\':1' :1", "E'a' -- b\n '\\':1' $1", 1},
+                         {"E'a' '\\' :1 ''", "E'a' '\\' $1 ''", 1}, // on one line the second begins anew
+                         {"E'a'\n, '\\' :1", "E'a'\n, '\\' $1", 1},
                          {"'\\' :1", "'\\' $1", 1},
                          {"E'\\", "E'\\", 0},
                      });
@@ -145,7 +150,7 @@ TEST(PlaceholdersTest, NumbersOutOfRangeAreRefused) {
 
 // Every cut of a text must be readable, whatever it ends in.
 TEST(PlaceholdersTest, AnyEndOfATextIsHarmless) {
-    const std::string sql = "a'b''c'\"d\"[e]`f`E'\\''$$g$$$h$i$h$--j\n/*k/*l*/m*/::n:1";
+    const std::string sql = "a'b''c'\"d\"[e]`f`E'\\''''\\'\n--x\n'\\''$$g$$$h$i$h$--j\n/*k/*l*/m*/::n:1";
     for (size_t length = 0; length < sql.size(); ++length)
         for (const Dialect &dialect : {kFull, kPlain}) {
             const std::string cut = sql.substr(0, length);

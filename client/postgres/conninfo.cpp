@@ -16,7 +16,8 @@ std::string sessionOptions(const Settings &settings) {
     // A server that is told 0 waits for ever.
     return "-c lock_timeout=" + std::to_string(patience > 0 ? patience : 1) +
            " -c DateStyle=ISO -c IntervalStyle=postgres -c bytea_output=hex -c extra_float_digits=3"
-           " -c cursor_tuple_fraction=1 -c default_transaction_isolation=read\\ committed";
+           " -c standard_conforming_strings=on -c cursor_tuple_fraction=1"
+           " -c default_transaction_isolation=read\\ committed";
 }
 
 void addCertificates(Conninfo &conninfo, const Settings &settings) {

@@ -286,6 +286,20 @@ TEST_P(ConnectTest, DatesAreInIsoFormWhateverTheEnvironmentSays) {
     }
 }
 
+// Where a text ends, and so what is a placeholder, must be the same for the client and for the server.
+TEST_P(ConnectTest, BackslashesEscapeNothingWhateverTheRoleSays) {
+    Connection keeper = connect();
+    keeper.run("alter role current_user set standard_conforming_strings = off");
+    keeper.commit();
+    {
+        Connection db = connect();
+        EXPECT_EQ(db.rows(R"(select 'a\' || :1)", "b"), Rows{rowOf(R"(a\b)")});
+        EXPECT_EQ(db.rows(R"(select E'a''\':1' || :1)", "b"), Rows{rowOf("a'':1b")});
+    }
+    keeper.run("alter role current_user reset standard_conforming_strings");
+    keeper.commit();
+}
+
 TEST_P(ConnectTest, TheEnvironmentSetsNothing) {
     const std::string file = home().root() / "services";
     std::ofstream(file) << "[other]\nhost=127.0.0.2\nhostaddr=127.0.0.2\nport=1\nsslmode=disable\nuser=nobody\n"

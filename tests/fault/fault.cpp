@@ -62,7 +62,8 @@ Held Held::Now() {
                  unit::Client().LiveStatements(),
                  static_cast<long>(unit::LiveBlocks()) - ORMEL_ResAttrCacheMgrGet()->iCount,
                  {},
-                 g_stTransMgr.uiCount};
+                 g_stTransMgr.uiCount,
+                 g_pstVemloLogHandle};
     for (const ORMEL_TRANS &slot : g_stTransMgr.astTrans) {
         held.slots.insert(held.slots.end(), {slot.pConn, slot.pStmt, slot.pstResAtt});
     }
@@ -75,7 +76,8 @@ std::string Difference(const Held &now, const Held &before) {
     };
     return shown("connections", now.connections, before.connections) +
            shown("statements", now.statements, before.statements) + shown("blocks", now.blocks, before.blocks) +
-           shown("slots taken", now.taken, before.taken) + (now.slots == before.slots ? "" : "the slots differ");
+           shown("slots taken", now.taken, before.taken) + (now.slots == before.slots ? "" : "the slots differ; ") +
+           (now.log == before.log ? "" : "the log's instance differs");
 }
 
 } // namespace fault

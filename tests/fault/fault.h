@@ -40,7 +40,7 @@ private:
     std::optional<unit::FailingAllocation> allocation_;
 };
 
-// What is live: handles of the client, blocks without those of the cached descriptors, slots.
+// What is live: handles of the client, blocks without those of the cached descriptors, slots, the log's instance.
 struct Held {
     static Held Now();
 
@@ -49,6 +49,7 @@ struct Held {
     long blocks;
     std::vector<const void *> slots; // connection, statement and descriptor of each
     uint32_t taken;
+    const void *log;
 
     bool operator==(const Held &) const = default;
 };

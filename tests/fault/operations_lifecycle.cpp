@@ -208,11 +208,16 @@ void AddLifecycle(Operations &all) {
 
 void AddLog(Operations &all) {
     for (const auto &[name, run] : kLogFunctions) {
-        all.push_back({.name = name, .safe = "what the log service refuses is lost", .run = [run = run](Scene &) {
-                           g_pstVemloLogHandle = run == KPL_LogInit || run == KPL_ZlogInit ? nullptr : &unit::Log();
-                           run();
-                           return ORMEL_OK;
-                       }});
+        all.push_back({.name = name,
+                       .safe = "what the log service refuses is lost",
+                       .run =
+                           [run = run](Scene &) {
+                               const bool makes = run == KPL_LogInit || run == KPL_ZlogInit;
+                               g_pstVemloLogHandle = makes ? nullptr : &unit::Log();
+                               run();
+                               return ORMEL_OK;
+                           },
+                       .undo = [](Scene &) { g_pstVemloLogHandle = &unit::Log(); }});
     }
 }
 

@@ -2,6 +2,7 @@
 // until the operation no longer reaches it.
 #include <algorithm>
 #include <cctype>
+#include <map>
 
 #include "dao/qdc.h"
 #include "fault.h"
@@ -21,11 +22,18 @@ namespace {
 
 constexpr int kBound = 2000; // more calls than any operation makes
 
-int g_tried = 0;
+std::map<Kind, int> g_tried;
 
 class Total : public testing::Environment {
 public:
-    void TearDown() override { std::printf("faults tried: %d\n", g_tried); }
+    void TearDown() override {
+        int all = 0;
+        for (const Kind kind : {Kind::client, Kind::memory, Kind::log}) {
+            all += g_tried[kind];
+            EXPECT_TRUE(g_tried[kind] > 0 || GTEST_FLAG_GET(filter) != "*") << "no " << Name(kind) << " ever failed";
+        }
+        std::printf("faults tried: %d\n", all);
+    }
 };
 [[maybe_unused]] testing::Environment *const kTotal = testing::AddGlobalTestEnvironment(new Total);
 
@@ -89,7 +97,7 @@ protected:
             if (!happened || HasFailure()) {
                 return;
             }
-            ++g_tried;
+            ++g_tried[kind_];
         }
         ADD_FAILURE() << op_.name << " never succeeds untouched: " << kBound << " faults of a kind reached it";
     }
@@ -105,6 +113,7 @@ private:
     void CheckSuccess(const Fault &fault, bool happened);
     void CheckFailure(const Fault &fault, uint32_t code, const Held &before, Scene &scene);
     void CheckCommits();
+    int Untouched(const std::string &name) const;
     void TakeBackWhatIsKept(const Held &before, const unit::Blocks &blocks, Scene &scene);
     void GiveBack(Scene &scene) const;
     bool SceneIsSpent() const;
@@ -145,12 +154,12 @@ bool SweepTest::Try(const Fault &fault) {
         if (!op_.consumes) {
             EXPECT_EQ(Difference(Held::Now(), before), "");
         }
-        if (happened && !spent && fault.kind != Kind::log) {
+        if (happened && !spent) {
             RunUntouched(scene);
         }
     }
     EXPECT_EQ(Difference(Held::Now(), nothing), "") << "when all is given back";
-    if (happened && spent && fault.kind != Kind::log) {
+    if (happened && spent) {
         Scene scene(op_.needs, fault.cached);
         RunUntouched(scene);
     }
@@ -183,6 +192,9 @@ void SweepTest::CheckSuccess(const Fault &fault, bool happened) {
     if (fault.kind == Kind::log) {
         EXPECT_EQ(Told(Client().Calls()), untouched_) << "the log changes what is asked of the client";
     }
+    for (const char *end : {"commit", "rollback"}) {
+        EXPECT_EQ(Client().Count(end), Untouched(end)) << "it says that it is done, and a " << end << " differs";
+    }
     for (const std::string &call : Client().Failed()) {
         EXPECT_THAT(op_.tolerates, testing::Contains(NameOf(call))) << "goes unnoticed";
         seen_.tolerated.insert(NameOf(call));
@@ -214,8 +226,15 @@ void SweepTest::CheckFailure(const Fault &fault, uint32_t code, const Held &befo
     }
 }
 
-// A failing operation sends no commit but the one that fails it.
+// So many calls of a name there are without a fault.
+int SweepTest::Untouched(const std::string &name) const {
+    return static_cast<int>(std::count_if(untouched_.begin(), untouched_.end(),
+                                          [&](const std::string &call) { return NameOf(call) == name; }));
+}
+
+// A failing operation sends no commit but the one that fails it, and takes nothing back that is its caller's.
 void SweepTest::CheckCommits() {
+    EXPECT_LE(Client().Count("rollback"), Untouched("rollback"));
     const std::vector<std::string> failed = Client().Failed();
     const auto cause = std::find_if(failed.begin(), failed.end(),
                                     [&](const auto &call) { return op_.tolerates.count(NameOf(call)) == 0; });

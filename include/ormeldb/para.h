@@ -57,7 +57,8 @@ typedef struct ORMEL_PARA {
 
 /*
  * Fills slot i from a record: a value of up to 8 bytes is copied into the slot's cell, a longer one is pointed at
- * where it lies. Nothing happens when a pointer is NULL or i is not 0 to 31. The record holds the whole field.
+ * where it lies. Nothing happens when a pointer is NULL, i is not 0 to 31, or, with an ERROR line, when the stated
+ * record length or buffer size ends before the field does.
  */
 ORMEL_API void ORMEL_ParaItemInit(ORMEL_PARA *pstPara, int32_t i, const ORMEL_RECORD_BUFFER *pstDsbuf,
                                   const ORMEL_RES_ATT_FIELD *pstEntry);

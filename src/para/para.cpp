@@ -42,9 +42,8 @@ void setSlot(ORMEL_PARA &para, int32_t i, const ORMEL_RES_ATT_FIELD &entry, cons
     para.type[i] = static_cast<uint32_t>(entry.atttypid);
 }
 
-// Whether the record that the caller describes can hold the table's layout; lengths of 0 are not stated.
-uint32_t checkRecord(const char *func, const ORMEL_RECORD_BUFFER &dsbuf, const ORMEL_RES_ATT &att) {
-    const uint64_t need = ormel::recordLength(att);
+// Whether the record that the caller describes has as many bytes; lengths of 0 are not stated.
+uint32_t checkRecord(const char *func, const ORMEL_RECORD_BUFFER &dsbuf, uint64_t need) {
     if (dsbuf.pucData == nullptr)
         return refuseNull(func);
     if (dsbuf.usRecLen != 0 && dsbuf.usRecLen < need)
@@ -121,6 +120,8 @@ void ORMEL_ParaItemInit(ORMEL_PARA *pstPara, int32_t i, const ORMEL_RECORD_BUFFE
     if (pstPara == nullptr || pstDsbuf == nullptr || pstEntry == nullptr || pstDsbuf->pucData == nullptr || i < 0 ||
         i >= ORMEL_MAX_ITEMS)
         return;
+    if (checkRecord(__func__, *pstDsbuf, ormel::fieldEnd(*pstEntry)) != ORMEL_OK)
+        return;
     setSlot(*pstPara, i, *pstEntry, pstDsbuf->pucData + pstEntry->offset, static_cast<uint32_t>(pstEntry->len),
             ORMEL_PARA_OP_FIELD);
 }
@@ -131,7 +132,7 @@ uint32_t ORMEL_ParaFieldUpdateByDsbuf(ORMEL_PARA *pstPara, const ORMEL_FIELD_SEL
         return refuseNull(__func__);
     const int32_t count = pstFields != nullptr ? pstFields->ucFieldNum : pstResAtt->iAttNum;
     if (checkCount(__func__, 0, count) != ORMEL_OK ||
-        (count > 0 && checkRecord(__func__, *pstDsbuf, *pstResAtt) != ORMEL_OK))
+        (count > 0 && checkRecord(__func__, *pstDsbuf, ormel::recordLength(*pstResAtt)) != ORMEL_OK))
         return ORMEL_ERR_FAILED;
     for (int32_t k = 0; pstFields != nullptr && k < count; ++k)
         if (checkPosition(__func__, pstFields->aucFieldId[k], *pstResAtt) != ORMEL_OK)

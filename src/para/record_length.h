@@ -5,12 +5,12 @@
 
 namespace ormel {
 
-// Where the last field ends.
+inline uint64_t fieldEnd(const ORMEL_RES_ATT_FIELD &field) {
+    return static_cast<uint64_t>(field.offset) + static_cast<uint64_t>(field.len);
+}
+
 inline uint64_t recordLength(const ORMEL_RES_ATT &att) {
-    if (att.iAttNum < 1)
-        return 0;
-    const ORMEL_RES_ATT_FIELD &last = att.astField[att.iAttNum - 1];
-    return static_cast<uint64_t>(last.offset) + static_cast<uint64_t>(last.len);
+    return att.iAttNum < 1 ? 0 : fieldEnd(att.astField[att.iAttNum - 1]);
 }
 
 } // namespace ormel

@@ -81,6 +81,24 @@ TEST_F(ParaByRecordTest, FillsNoSlotThatThereIsNot) {
     EXPECT_EQ(unit::BytesOf(para_), before);
 }
 
+TEST_F(ParaByRecordTest, FillsNoSlotFromBehindAStatedEnd) {
+    const std::string before = unit::BytesOf(para_);
+    const ORMEL_RES_ATT_FIELD &balance = att_->astField[2];
+    const uint32_t end = static_cast<uint32_t>(balance.offset + balance.len);
+    for (const auto &[length, size] : {std::pair(end - 1, 0U), std::pair(0U, end - 1), std::pair(end, 1U)}) {
+        unit::Log().Forget();
+        buffer_.usRecLen = static_cast<uint16_t>(length);
+        buffer_.uiBufSize = size;
+        ORMEL_ParaItemInit(&para_, 0, &buffer_, &balance);
+        EXPECT_EQ(unit::BytesOf(para_), before) << length << " " << size;
+        EXPECT_EQ(unit::Log().LinesOf("ORMEL_ParaItemInit", KPL_LOG_ERROR).size(), 1u);
+    }
+    buffer_.usRecLen = static_cast<uint16_t>(end);
+    buffer_.uiBufSize = end;
+    ORMEL_ParaItemInit(&para_, 0, &buffer_, &balance);
+    EXPECT_EQ(At(0).value, Bytes(int64_t{-1}));
+}
+
 // --- Fields of a record ---
 
 TEST_F(ParaByRecordTest, TakesEveryColumn) {

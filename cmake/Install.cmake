@@ -3,6 +3,7 @@ include(CMakePackageConfigHelpers)
 
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(FILES ${PROJECT_BINARY_DIR}/include/ormeldb/qdc.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ormeldb)
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}) # to which the headers refer
 
 # The exported targets need nothing but each other, so that they are the whole package.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ormeldb)

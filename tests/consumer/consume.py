@@ -32,10 +32,11 @@ def expect_equal(what, found, expected):
 
 def expected_files(source, version):
     headers = {f"include/{path.relative_to(source / 'include')}" for path in (source / "include").rglob("*.h")}
+    documents = {f"share/doc/ormeldb/{path.name}" for path in (source / "docs").iterdir()}
     engines = {f"lib/ormeldb/engines/{engine}" for engine in ENGINES}
     versions = {f"lib/libormeldb.so.{version}", f"lib/libormeldb.so.{version.split('.')[0]}"}
     package = {f"lib/cmake/ormeldb/ormeldbConfig{part}.cmake" for part in ("", "-CONFIGURATION", "Version")}
-    return (headers | engines | versions | package | {f"lib/{library}" for library in LIBRARIES}
+    return (headers | documents | engines | versions | package | {f"lib/{library}" for library in LIBRARIES}
             | {"bin/ormel", "include/ormeldb/qdc.h", "lib/pkgconfig/ormeldb.pc"})
 
 

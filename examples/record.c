@@ -16,8 +16,10 @@ int main(void) {
     ORMEL_RECORD_BUFFER out = {sizeof read, 0, sizeof read, 0, (uint8_t *)&read};
     ORMEL_ERROR error = {0};
 
-    if (ORMEL_Init() != ORMEL_OK) /* reads ../conf/db.conf and waits for the database */
+    if (ORMEL_Init() != ORMEL_OK) { /* reads ../conf/db.conf and waits for the database */
+        fputs("the library does not start: run this in the folder bin of a home, whose log says why\n", stderr);
         return 1;
+    }
     uint32_t code = ORMEL_InsertRec("city", &in); /* commits on its own */
     if (code == ORMEL_OK)
         code = ORMEL_SelectRec("city", NULL, 0, &out); /* no conditions: every record, the first one into the buffer */

@@ -10,7 +10,7 @@ constexpr const char *kDbConfTemplate =
 # The database engine: sqlite is embedded, it keeps everything in one file and needs no server.
 db.driver=sqlite
 
-# The database: for sqlite its file (62 characters at most), for a server the name of a database.
+# The database: for sqlite its file, for a server the name of a database.
 db.dbname=../data/ormel.db
 
 # The server's host and port; sqlite ignores them.

@@ -19,7 +19,8 @@
  *
  * There are sixteen slots in a process, shared with explicit transactions. A slot is used by one thread at a time;
  * other statements may run on its connection between two fetches. What they change in the table that is being read may
- * be seen or not, and a commit or rollback of that connection ends the reading with an error.
+ * be seen or not, and a commit or rollback of that connection ends the reading: rows that the client has read ahead
+ * still come, and behind them the end or an error.
  */
 #ifndef ORMELDB_CURSOR_H
 #define ORMELDB_CURSOR_H

@@ -19,7 +19,8 @@ ORMEL_API uint32_t ORMEL_Init(void);
 
 /*
  * Stops the library: closes the log, frees the cached descriptors, closes the connections of all slots. From one
- * thread, after all other use.
+ * thread, after all other use: end cursors before it, since one with select fields that is still open never gives its
+ * descriptor back.
  */
 ORMEL_API void ORMEL_UnInit(void);
 

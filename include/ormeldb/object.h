@@ -143,8 +143,9 @@ ORMEL_API uint32_t ORMEL_ObjectNullSet(ORMEL_OBJECT *pstObj, const char *pcName)
  */
 ORMEL_API uint32_t ORMEL_ObjectSelectFieldSet(ORMEL_OBJECT *pstObj, const char *pcFieldName);
 /*
- * Pages a select: with uiIsLimit not 0, at most uiRowCounts rows after the first uiOffset ones. Rows come in no
- * particular order, so page over a table that does not change. Returns 0; 97 when the object is NULL.
+ * Pages a select: with uiIsLimit not 0, at most uiRowCounts rows after the first uiOffset ones, each up to 2147483647:
+ * larger numbers reach the database as negative ones. Rows come in no particular order, so page over a table that does
+ * not change. Returns 0; 97 when the object is NULL.
  */
 ORMEL_API uint32_t ORMEL_ObjectSelectRowCountSet(ORMEL_OBJECT *pstObj, uint32_t uiIsLimit, uint32_t uiRowCounts,
                                                  uint32_t uiOffset);

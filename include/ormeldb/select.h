@@ -35,10 +35,12 @@ ORMEL_API uint32_t ORMEL_GetBatchSelectCount(void *pConn, const char *pcTableNam
 
 /*
  * Selects the records that meet the conditions (NULL: all) into the record buffer, in the way of
- * ORMEL_CreatDsbufByRes: the first record is written whole, usRecNum tells how many there are. uiReserved is ignored.
+ * ORMEL_CreatDsbufByRes: the first record is written whole, usRecNum tells how many there are, modulo 65536: where
+ * there may be as many, ask ORMEL_LocalExistRecord. uiReserved is ignored.
  *
- * Returns 0, also when nothing matches (usRecNum is then 0); 97 when another pointer is NULL; 255 when the table cannot
- * be described; 1 when the conditions are refused; 211 when there is no connection or the statement fails.
+ * Returns 0, also when nothing matches (usRecNum is then 0, and nothing is written); 97 when another pointer is NULL;
+ * 255 when the table cannot be described; 1 when the conditions are refused; 211 when there is no connection or the
+ * statement fails.
  */
 ORMEL_API uint32_t ORMEL_SelectRecForConn(void *pConn, const char *pcTableName, const ORMEL_COND *pstCond,
                                           uint32_t uiReserved, ORMEL_RECORD_BUFFER *pstDsbuf);

@@ -2,9 +2,10 @@
  * Writing: insert, delete and update, by records and by objects.
  *
  * ForConn works on the caller's connection and does not commit. The plain variant opens a connection of its own,
- * commits when all went well, and closes it: a failed call leaves nothing behind. ForTrans works on a transaction slot,
- * which its owner commits or rolls back. A connection or slot is used by one thread at a time; the plain ones by any
- * number of threads.
+ * commits when all went well, and closes it: a failed call leaves nothing behind, unless it was the commit whose answer
+ * got lost: ORMEL_LastError then says that the outcome is unknown. ForTrans works on a transaction slot, which its
+ * owner commits or rolls back. A connection or slot is used by one thread at a time; the plain ones by any number of
+ * threads.
  *
  * All return 0; 97 when a required pointer is NULL; 255 when the table cannot be described; 1 when the record or the
  * conditions do not fit (see ORMEL_ParaFieldUpdateByDsbuf and ORMEL_ParaCondUpdateByCond), before anything is sent; 211

@@ -162,6 +162,18 @@ TEST_F(ExceptionTest, AColumnThatWasNotDescribedStaysNamelessUntilTheStop) {
     EXPECT_EQ(ORMEL_InsertRecForConn2(scene.conn, &scene.part), ORMEL_OK);
 }
 
+// Slots are closed at the stop, and what they point at is left to those who made it.
+TEST_F(ExceptionTest, TheStopKeepsTheDescriptorOfACursorWithSelectFields) {
+    Scene scene(fault::kNothing, true);
+    const unit::Blocks before = unit::Live();
+    ORMEL_TRANS *cursor = ORMEL_BeginSelectSpecifyField(&scene.some, "f", 1);
+    ASSERT_NE(cursor, nullptr);
+    EXPECT_EQ(ORMEL_TransGetResAtt(cursor)->iAttNum, 2);
+    ORMEL_UnInit();
+    EXPECT_EQ(unit::FreeNew(before), 1u);
+    EXPECT_EQ(ORMEL_Init(), ORMEL_OK);
+}
+
 // A count that a refused commit takes back has reached its caller.
 TEST_F(ExceptionTest, TheCountOfAWriteIsStoredBeforeItsCommit) {
     Scene scene(fault::kNothing, true);

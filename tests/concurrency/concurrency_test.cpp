@@ -52,8 +52,9 @@ void print(const Figures &figures) {
     std::printf(kTold, figures.moves.load(), figures.rows.load());
     std::cout << std::flush << ", cursors: " << figures.cursors << ", inserts: " << figures.inserts
               << ", batches: " << figures.batches << ", deletes: " << figures.deletes
-              << ", selects: " << figures.selects << ", tables described: " << figures.misses
-              << "; refused by the database: " << figures.refused << ", without a slot: " << figures.full << std::endl;
+              << ", selects: " << figures.selects << ", descriptions: " << figures.described
+              << ", tables not cached: " << figures.misses << "; refused by the database: " << figures.refused
+              << ", without a slot: " << figures.full << std::endl;
 }
 
 // Waiting for locks ends in refusals. Connecting takes as long as it must where so many share two processors.
@@ -134,6 +135,8 @@ TEST_F(ConcurrencyTest, ThreadsOfTwoProcesses) {
     int64_t moves = 0;
     int64_t rows = 0;
     other.wait(moves, rows);
+    EXPECT_GT(figures.moves, 0);
+    EXPECT_GT(moves, 0) << "by the other process";
     check(figures.moves + moves, figures.rows + rows);
 }
 
@@ -142,7 +145,7 @@ TEST_F(ConcurrencyTest, ThreadsOfOneProcess) {
     work(1, figures);
     print(figures);
     for (const auto *count : {&figures.moves, &figures.cursors, &figures.inserts, &figures.deletes, &figures.batches,
-                              &figures.selects, &figures.misses})
+                              &figures.selects, &figures.described, &figures.misses})
         EXPECT_GT(*count, 0) << "something was never tried";
     check(figures.moves, figures.rows);
 }

@@ -22,13 +22,14 @@ struct Figures {
     std::atomic<int64_t> deletes = 0;
     std::atomic<int64_t> batches = 0;
     std::atomic<int64_t> selects = 0;
-    std::atomic<int64_t> misses = 0; // tables described anew
+    std::atomic<int64_t> described = 0; // selects from tables that may have to be described
+    std::atomic<int64_t> misses = 0;    // tables that were not in the cache when they were first looked for
 };
 
 using Clock = std::chrono::steady_clock;
 
-// Has 32 threads share the sixteen slots, and as many make plain calls, until the deadline. Rows get the process's
-// number. Failures other than refusals are those of the running test.
+// Has 32 threads share the sixteen slots, and as many make plain calls, until the deadline and until money was moved.
+// Rows get the process's number. Failures other than refusals are those of the running test.
 void run(int process, Clock::time_point deadline, Figures &figures);
 
 } // namespace concurrency

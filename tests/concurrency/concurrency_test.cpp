@@ -6,10 +6,14 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <string>
 #include <utility>
+
+#include <stdlib.h>
 
 #include <ormeldb/qdc.h>
 
+#include "seed.h"
 #include "support/database.h"
 #include "traffic.h"
 
@@ -37,11 +41,15 @@ void start() {
     EXPECT_EQ(ORMEL_Init(), ORMEL_OK) << "run this program with tests/support/run_in_home.py";
 }
 
+// It fixes the numbers that each thread draws one after the other, and so what it sets out to do. When it has its turn,
+// and what is refused and done again, is the machine's affair.
+uint64_t g_seed;
+
 // The traffic of a process, and the library for as long as it lasts.
 void work(int process, Figures &figures) {
     const int seconds = std::getenv("ORMEL_NIGHTLY") != nullptr ? 60 : 4;
     start();
-    run(process, Clock::now() + std::chrono::seconds(seconds), figures);
+    run(process, g_seed, Clock::now() + std::chrono::seconds(seconds), figures);
     EXPECT_EQ(g_stTransMgr.uiCount, 0U) << "slots are left";
     ORMEL_UnInit();
 }
@@ -154,6 +162,8 @@ TEST_F(ConcurrencyTest, ThreadsOfOneProcess) {
 
 int main(int argc, char **argv) {
     testing::InitGoogleTest(&argc, argv);
+    concurrency::g_seed = seedOfRun();
+    setenv("ORMEL_SEED", std::to_string(concurrency::g_seed).c_str(), 1); // the other process has it, too
     if (argc == 1)
         return RUN_ALL_TESTS();
     concurrency::Figures figures;

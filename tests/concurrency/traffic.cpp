@@ -31,9 +31,11 @@ constexpr uint64_t kBusyAccounts = 6; // money is moved among them, so that move
 // What one thread does, and with what chance.
 class Worker {
 public:
-    Worker(int process, int thread, Figures &figures)
-        : figures_(figures), chance_(static_cast<unsigned>(process * 1000 + thread)),
-          nextId_((int64_t{process} * 1000 + thread) * 1000000) {}
+    Worker(int process, uint64_t seed, int thread, Figures &figures)
+        : figures_(figures), nextId_((int64_t{process} * 1000 + thread) * 1000000) {
+        std::seed_seq sequence{seed >> 32, seed & UINT32_MAX, uint64_t(process), uint64_t(thread)};
+        chance_.seed(sequence);
+    }
 
     void useSlots() {
         error_.forget();
@@ -261,12 +263,12 @@ bool isOver(Clock::time_point deadline, const Figures &figures) {
 
 } // namespace
 
-void run(int process, Clock::time_point deadline, Figures &figures) {
+void run(int process, uint64_t seed, Clock::time_point deadline, Figures &figures) {
     const int knownBefore = tablesKnown();
     std::vector<std::thread> threads;
     for (int i = 0; i < 2 * kThreads; ++i)
         threads.emplace_back([=, &figures] {
-            Worker worker(process, i, figures);
+            Worker worker(process, seed, i, figures);
             while (!isOver(deadline, figures))
                 i % 2 == 0 ? worker.useSlots() : worker.callPlainly();
         });

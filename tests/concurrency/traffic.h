@@ -29,7 +29,8 @@ struct Figures {
 using Clock = std::chrono::steady_clock;
 
 // Has 32 threads share the sixteen slots, and as many make plain calls, until the deadline and until money was moved.
-// Rows get the process's number. Failures other than refusals are those of the running test.
-void run(int process, Clock::time_point deadline, Figures &figures);
+// Rows get the process's number; the seed decides what each thread chooses. Failures other than refusals are those of
+// the running test.
+void run(int process, uint64_t seed, Clock::time_point deadline, Figures &figures);
 
 } // namespace concurrency

@@ -2,8 +2,9 @@
 """Kills what keeps rows, at moments of chance, and looks for every row that was reported as kept.
 
 Runs in the bin/ of a home (run_in_home.py). The writer is killed on every engine; beside a server (with_postgres.py)
-that is stopped at once as well, and the writer goes on when it is back. ORMEL_SEED repeats the moments of a run, and
-ORMEL_NIGHTLY asks for more of them.
+that is stopped at once as well, and the writer goes on when it is back. ORMEL_NIGHTLY asks for more kills. ORMEL_SEED
+repeats how many reports are awaited before each and how long after them it comes; what the writer is at by then is up
+to the machine.
 """
 import os
 import queue
@@ -22,6 +23,14 @@ TABLE = ("CREATE TABLE kept (id BIGINT PRIMARY KEY, run INTEGER, lot BIGINT, siz
 def expect(condition, *what):
     if not condition:
         sys.exit("durability.py: " + " ".join(map(str, what)))
+
+
+def seed_of_run():
+    """As of the other tests (tests/support/seed.h)."""
+    seed = random.SystemRandom().randrange(1 << 32) if os.environ.get("ORMEL_NIGHTLY") else 20260715
+    seed = int(os.environ.get("ORMEL_SEED", seed))
+    print(f"repeat with ORMEL_SEED={seed}", flush=True)
+    return seed
 
 
 class Writer:
@@ -145,9 +154,7 @@ def kill_servers(keeper, chance):
 
 def main():
     keeper, ormel = sys.argv[1:]
-    seed = os.environ.get("ORMEL_SEED") or str(random.SystemRandom().randrange(1 << 32))
-    print("ORMEL_SEED=" + seed, flush=True)
-    chance = random.Random(seed)
+    chance = random.Random(seed_of_run())
     server = "ORMEL_POSTGRES_PORT" in os.environ
     subprocess.run([ormel, "--home", "..", "sql", TABLE], check=True)
     if server:

@@ -43,7 +43,8 @@ class Writer:
         self.reader = threading.Thread(target=self.read, daemon=True)
         self.reader.start()
         self.kept = []
-        self.excuses = self.refusals = 0
+        self.stop = None  # the server's last one, on the clock of reports: when it began, and when the server was back
+        self.refusals = 0
 
     def read(self):
         for line in self.process.stdout:
@@ -58,13 +59,17 @@ class Writer:
         self.kept += range(int(words[1]), int(words[1]) + int(words[2]))
         return True
 
+    def expect_excuse(self, line):
+        """A refused call is excused where a stop of the server fell into its time."""
+        begun, ended = map(int, line.split()[2:4])
+        expect(self.stop and begun <= self.stop[1] and ended >= self.stop[0], "refused without a cause:", line)
+
     def report(self):
-        """The next report. A refused call is excused where the server was stopped since the last one; its next is not."""
+        """The next report. The one after a refusal tells of kept rows: a server that is back refuses nothing."""
         line = self.reports.get()
         expect(line, "the writer ended by itself")
         if not self.take(line):
-            expect(self.excuses > 0, "refused without a cause:", line)
-            self.excuses -= 1
+            self.expect_excuse(line)
             self.refusals += 1
             print("", file=self.process.stdin, flush=True)
             line = self.reports.get()
@@ -144,8 +149,9 @@ def kill_servers(keeper, chance):
     writer = Writer(keeper, run)
     for _ in range(KILLS):
         writer.work(chance)
+        begun = time.monotonic_ns()
         restart_server()
-        writer.excuses = 1
+        writer.stop = begun, time.monotonic_ns()
     writer.work(chance)
     rows = check(keeper, run, writer.kept)
     writer.kill()

@@ -1,9 +1,11 @@
 // Keeps rows in the table "kept" until it is killed, and tells on standard output what was kept as soon as it is.
 //
 //     keeper write RUN    lots of rows: one alone, several as a batch, several in a transaction, in turn. A commit that
-//                         returned 0 is told as "kept FIRST COUNT", the ids; any other as "refused FIRST TEXT",
-//                         whereupon a line is awaited on standard input
+//                         returned 0 is told as "kept FIRST COUNT", the ids; any other as "refused FIRST BEGUN ENDED
+//                         CODE TEXT", with the system's steady clock in nanoseconds at both ends of the lot, whereupon
+//                         a line is awaited on standard input
 //     keeper list RUN     the rows of a run as they are read: id, lot, size of the lot, name and body between tabs
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -78,14 +80,22 @@ struct Way {
 };
 constexpr Way kWays[] = {{1, keepRow}, {40, keepBatch}, {5, keepTransaction}};
 
-void tell(uint32_t code, const Lot &lot) {
+long long now() {
+    return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void keep(const Way &way, const Lot &lot) {
+    const long long begun = now();
+    const uint32_t code = way.keep(lot);
+    const long long ended = now();
     if (code == ORMEL_OK) {
         std::printf("kept %lld %d\n", static_cast<long long>(lot.first), lot.size);
         return;
     }
     ORMEL_ERROR error = {};
     ORMEL_LastError(&error);
-    std::printf("refused %lld %u %.200s\n", static_cast<long long>(lot.first), code, error.acText);
+    std::printf("refused %lld %lld %lld %u %.200s\n", static_cast<long long>(lot.first), begun, ended, code,
+                error.acText);
     std::getchar();
 }
 
@@ -94,8 +104,7 @@ int write(int64_t run) {
     int64_t id = run * kIdsOfRun;
     for (size_t turn = 0;; ++turn) {
         const Way &way = kWays[turn % std::size(kWays)];
-        const Lot lot = {id, way.rows};
-        tell(way.keep(lot), lot);
+        keep(way, {id, way.rows});
         id += way.rows;
     }
 }

@@ -1,5 +1,6 @@
 // What a table's descriptor says of a request object.
 #include <functional>
+#include <new>
 
 #include "ormeldb/object.h"
 #include "ormeldb/res_att.h"
@@ -51,6 +52,25 @@ protected:
 private:
     void Clear() { ORMEL_ObjectParaClear(&object_); }
 };
+
+// Its pointers are then at odd places, and in a container every other request lies so.
+TEST_F(ObjectCheckTest, ARequestLiesAtAnyMultipleOfFour) {
+    alignas(8) unsigned char block[sizeof(ORMEL_OBJECT) + 4];
+    for (size_t at : {0, 4}) {
+        auto *object = new (block + at) ORMEL_OBJECT{};
+        ORMEL_ObjectNameSet(object, "PERSON");
+        ORMEL_ObjectInt32Set(object, "ID", 1);
+        ORMEL_ObjectStrSet(object, "NAME", "Ann");
+        ORMEL_ObjectSelectFieldSet(object, "NAME");
+        ORMEL_ObjectSelectFieldSet(object, "ID");
+        EXPECT_EQ(ORMEL_ObjectCheck(object, att_.get()), 0u) << at;
+        for (int i : {0, 1}) {
+            ORMEL_RES_ATT_FIELD *entry = object->astItem[i].pstInfo;
+            EXPECT_EQ(entry, &att_->astField[i]) << at;
+        }
+        ORMEL_ObjectParaClear(object);
+    }
+}
 
 TEST_F(ObjectCheckTest, ItemsAreBoundToTheirColumns) {
     ORMEL_ObjectInt64Set(&object_, "balance", 1);

@@ -171,6 +171,37 @@ void batch(Client &client, void *conn) {
     ORMEL_Multi_object_UnInit(multi);
 }
 
+// A column of a batch by itself, its arrays as long as they are said to be: values of any length, in any order.
+void column(Input &input) {
+    static constexpr struct Kind {
+        uint32_t type;
+        uint32_t width = 0; // else the column's size
+    } kKinds[] = {{1, 4}, {25, 4}, {2, 8}, {3, 8}, {8}, {9}, {10}, {11}, {12}, {23}, {13}, {14}, {0}, {99}};
+    const auto &kind = input.oneOf(kKinds);
+    ORMEL_PARA_BATCH_ITEM item = {};
+    item.type = kind.type;
+    item.maxlen = input.upTo(40);
+    item.arrlen = 1 + input.upTo(3);
+    const uint32_t width = kind.width != 0 ? kind.width : item.maxlen;
+    const auto data = std::make_unique<uint8_t[]>(size_t{item.arrlen} * width);
+    const auto lengths = std::make_unique<uint16_t[]>(item.arrlen);
+    const auto objects = std::make_unique<void *[]>(item.arrlen);
+    const auto sizes = std::make_unique<uint32_t[]>(item.arrlen);
+    item.data = data.get();
+    item.ind = lengths.get();
+    item.lobArray = objects.get();
+    item.lobLen = sizes.get();
+    for (int i = 0; i < 4; ++i) {
+        const uint32_t row = input.rarely() ? input.take<uint32_t>() : input.upTo(item.arrlen);
+        const uint32_t size = input.upTo(input.rarely() ? 70000 : 50);
+        const auto value = std::make_unique<uint8_t[]>(size);
+        input.copy(value.get(), size);
+        void *given = input.rarely() ? nullptr : value.get();
+        ORMEL_SetBatchParaData(&item, given, size, item.type, row);
+        ORMEL_SetBatchParaLobData(&item, given, size, item.type, row);
+    }
+}
+
 void step(Client &client, void *conn, ORMEL_OBJECT &obj, ORMEL_OBJECT &other) {
     Input &input = client.input;
     switch (input.upTo(7)) {
@@ -186,6 +217,9 @@ void step(Client &client, void *conn, ORMEL_OBJECT &obj, ORMEL_OBJECT &other) {
     case 3:
     case 4:
         use(client, conn, obj, other);
+        break;
+    case 5:
+        column(input);
         break;
     default:
         set(obj, input, client.table);

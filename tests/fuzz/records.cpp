@@ -85,6 +85,38 @@ uint64_t layoutOf(const std::vector<Column> &table) {
     return length;
 }
 
+// Whether a record goes as far as a field's end; lengths of 0 are not stated.
+bool holds(const ORMEL_RECORD_BUFFER &buffer, uint64_t end) {
+    return buffer.pucData != nullptr && (buffer.usRecLen == 0 || buffer.usRecLen >= end) &&
+           (buffer.uiBufSize == 0 || buffer.uiBufSize >= end);
+}
+
+// The slots of a list one by one.
+void initSlots(const ORMEL_RECORD_BUFFER &buffer, const ORMEL_RES_ATT *att) {
+    ORMEL_PARA empty;
+    std::memset(&empty, 0, sizeof empty);
+    for (int32_t k = 0; att != nullptr && k < att->iAttNum; ++k) {
+        const ORMEL_RES_ATT_FIELD &entry = att->astField[k];
+        ORMEL_PARA para = empty;
+        for (const int32_t slot : {-1, ORMEL_MAX_ITEMS})
+            ORMEL_ParaItemInit(&para, slot, &buffer, &entry);
+        require(std::memcmp(&para, &empty, sizeof para) == 0, "a slot that there is not leaves the list as it is");
+        const int32_t slot = k % ORMEL_MAX_ITEMS;
+        ORMEL_ParaItemInit(&para, slot, &buffer, &entry);
+        const bool held = holds(buffer, ormel::fieldEnd(entry));
+        require(para.length[slot] == (held ? static_cast<uint32_t>(entry.len) : 0), "a slot has its field's length");
+        require(!held || std::memcmp(para.value[slot], buffer.pucData + entry.offset, para.length[slot]) == 0,
+                "a slot has its field's value");
+    }
+}
+
+uint32_t insert(Input &input, void *conn, uint64_t layout) {
+    const Record record(input, layout, true);
+    const uint32_t code = ORMEL_InsertRecForConn(conn, kTable, &record.buffer);
+    initSlots(record.buffer, ORMEL_ResAttGet(kTable));
+    return code;
+}
+
 uint32_t select2(void *conn, const ORMEL_COND *cond) {
     ORMEL_SELECT_RESULT result = {};
     const uint32_t code = ORMEL_SelectRecForConn2(conn, kTable, cond, 0, &result);
@@ -97,10 +129,8 @@ uint32_t operate(Input &input, void *conn, uint64_t layout) {
     const ORMEL_COND *cond = input.rarely() ? nullptr : conditions.get();
     uint32_t count = 0;
     switch (input.upTo(5)) {
-    case 0: {
-        const Record record(input, layout, true);
-        return ORMEL_InsertRecForConn(conn, kTable, &record.buffer);
-    }
+    case 0:
+        return insert(input, conn, layout);
     case 1: {
         const Record record(input, layout, true);
         const auto fields = selectionOf(input);

@@ -62,7 +62,7 @@ void readRows(const DB_RESULT *res) {
         }
 }
 
-// Records from the rows, into a block that is as long as it says.
+// Records from the rows, in each way, into a block that is as long as it says.
 void convert(Input &input, const ORMEL_SELECT_RESULT &result) {
     ORMEL_RECORD_BUFFER buffer = {};
     buffer.usRecNum = static_cast<uint16_t>(input.upTo(3));
@@ -71,9 +71,13 @@ void convert(Input &input, const ORMEL_SELECT_RESULT &result) {
         const ORMEL_RES_ATT_FIELD &last = att->astField[att->iAttNum - 1];
         buffer.usRecLen = static_cast<uint16_t>(last.offset + last.len);
     }
-    const auto block = std::make_unique<uint8_t[]>(size_t{buffer.usRecNum} * buffer.usRecLen);
+    buffer.uiBufSize = uint32_t{buffer.usRecNum} * buffer.usRecLen;
+    const auto block = std::make_unique<uint8_t[]>(buffer.uiBufSize);
     buffer.pucData = block.get();
-    ORMEL_ResultConvertDsBuf(&result, &buffer, input.rarely() ? input.take<uint32_t>() : input.upTo(3));
+    const uint32_t start = input.rarely() ? input.take<uint32_t>() : input.upTo(3);
+    ORMEL_ResultConvertDsBuf(&result, &buffer, start);
+    ORMEL_CreatDsbufRangeByRes(&buffer, start, result.pstRes, result.pstResAtt);
+    ORMEL_CreatDsbufByRes(&buffer, result.pstRes, result.pstResAtt);
 }
 
 void look(Input &input, const ORMEL_SELECT_RESULT &result) {

@@ -80,16 +80,8 @@ public:
     uint64_t loaded() const { return loaded_; }
 
 private:
-    // A commit whose answer never came may have happened, and so may one that met an error of the disk.
-    bool isUnknown() const {
-        ORMEL_ERROR error{};
-        return committing_ > 0 && ORMEL_LastError(&error) == ORMEL_OK &&
-               (std::string(error.acClass) == "08007" ||
-                std::string(error.acText).find("look before repeating it") != std::string::npos);
-    }
-
     std::string fate() const {
-        if (isUnknown())
+        if (committing_ > 0 && isOutcomeUnknown())
             return "; whether the last " + rows(committing_) +
                    " were committed is not known: look before going on with "
                    "--skip " +

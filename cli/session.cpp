@@ -18,6 +18,9 @@ namespace {
 // Away from the numbers that servers take, so that the tool never writes into a server's log file.
 constexpr int32_t kLogSlot = 900;
 
+// The embedded engine's last words on a commit that it may still find on the disk.
+constexpr const char *kLook = "look before repeating it";
+
 constexpr const char *kWait = "another process is at work in it: try again when it is done";
 
 // The library tells the reason of an unreadable file to the log alone.
@@ -92,8 +95,20 @@ Session::~Session() {
 }
 
 void Session::commit() {
-    if (dbCommitTrans(connection_) != ORMEL_OK)
-        throw connectionFailure(connection_, "the database refused the commit, nothing was changed");
+    if (dbCommitTrans(connection_) == ORMEL_OK)
+        return;
+    dbPrintError(connection_);
+    if (!isOutcomeUnknown())
+        throw databaseFailure("the database refused the commit, nothing was changed");
+    const bool saysWhatToDo = databaseWords().find(kLook) != std::string::npos;
+    throw databaseFailure("the commit failed, and whether anything was changed is not known",
+                          saysWhatToDo ? "" : kLook);
+}
+
+bool isOutcomeUnknown() {
+    ORMEL_ERROR error{};
+    return ORMEL_LastError(&error) == ORMEL_OK &&
+           (std::strcmp(error.acClass, "08007") == 0 || std::strstr(error.acText, kLook) != nullptr);
 }
 
 std::string databaseWords() {

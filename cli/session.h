@@ -27,7 +27,7 @@ public:
 
     void *connection() const { return connection_; }
 
-    // Commits what the connection did, or throws Failure.
+    // Commits what the connection did, or throws Failure, which says where it is not known whether it happened.
     void commit();
 
 private:
@@ -40,6 +40,9 @@ private:
     Started started_;
     void *connection_;
 };
+
+// Whether the commit that failed last may have happened all the same: its answer never came, or the disk failed.
+bool isOutcomeUnknown();
 
 // What the database said last; empty where it said nothing.
 std::string databaseWords();

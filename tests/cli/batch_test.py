@@ -6,7 +6,7 @@ import resource
 import subprocess
 import unittest
 
-from harness import ORMEL, HomeTest
+from harness import FAILING_DISK, ORMEL, HomeTest
 
 MOST = 1088987  # rows of which the library counts the bytes
 
@@ -66,11 +66,7 @@ class Batches(HomeTest):
     def test_a_disk_that_fails_at_a_commit_leaves_its_outcome_open(self):
         self.file(2000)
 
-        # SIGXFSZ is ignored, as Python has it: the write fails, as on a disk that does.
-        def keep_files_small():
-            resource.setrlimit(resource.RLIMIT_FSIZE, (65536, 65536))
-        done = self.run_ormel("--home", "home", "load", "t", "x.csv", "--commit-every", "100",
-                              restore_signals=False, preexec_fn=keep_files_small)
+        done = self.run_ormel("--home", "home", "load", "t", "x.csv", "--commit-every", "100", **FAILING_DISK)
         self.assertEqual(done.returncode, 1)
         told = re.search(r"whether the last 100 rows were committed is not known: look before going on with --skip (\d+) or "
                          r"--skip (\d+)\n$", done.stderr)

@@ -1,6 +1,7 @@
 """What the tests of the command share: a home in a directory of its own, and the command run in it."""
 
 import os
+import resource
 import shutil
 import sqlite3
 import subprocess
@@ -11,6 +12,10 @@ ORMEL = os.environ["ORMEL"]
 EXAMPLES = os.environ["ORMEL_EXAMPLES"]  # the directory of the built example programs
 SOURCE = os.environ["ORMEL_SOURCE"]
 POSTGRES = os.environ.get("ORMEL_POSTGRES_PORT")  # of the server that with_postgres.py started; None: the embedded engine
+
+# Runs the command as on a disk that fails where a file gets long. SIGXFSZ stays ignored, as Python has it.
+FAILING_DISK = {"restore_signals": False,
+                "preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (65536, 65536))}
 
 
 class DirectoryTest(unittest.TestCase):

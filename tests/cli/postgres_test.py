@@ -5,6 +5,7 @@ import time
 import unittest
 
 from harness import DirectoryTest
+from proxy import CommitCut
 
 HOST = "127.0.0.1"
 PORT = os.environ["ORMEL_POSTGRES_PORT"]
@@ -217,6 +218,37 @@ class Rows(PostgresTest):
         self.fill()
         self.assertIn("Zo\u00eb", self.run_ormel("--home", "home", "show", "t").stdout)
         self.assertIn("CHARACTER VARYING", self.ormel("describe", "t"))
+
+
+class LostAnswer(PostgresTest):
+    """A connection that breaks while the server commits."""
+
+    COMMANDS = [  # each with the ids that the table then has
+        (["put", "t", "id=3"], [1, 2, 3]), (["sql", "INSERT INTO t VALUES (4)"], [1, 2, 3, 4]),
+        (["set", "t", "id=5", "--where", "id = 3"], [1, 2, 4, 5]),
+        (["update", "t", "id=6", "--where", "id = 4"], [1, 2, 5, 6]), (["delete", "t", "--where", "id <= 5"], [6])]
+
+    def test_leaves_the_outcome_open(self):
+        self.sql("CREATE TABLE t (id INTEGER)")
+        self.addCleanup(self.sql, "DROP TABLE t")
+        self.sql("INSERT INTO t VALUES (1), (2)")
+        proxy = CommitCut(HOST, int(PORT))
+        self.addCleanup(proxy.close)
+        self.new("cut", "--sslmode", "DISABLED", port=str(proxy.port))
+        for command, ids in self.COMMANDS:
+            with self.subTest(command=command):
+                line = self.refused(1, *command, home="cut")
+                self.assertTrue(line.startswith("the commit failed, and whether anything was changed is not known: 08007: "),
+                                line)
+                self.assertTrue(line.endswith("; look before repeating it"), line)
+                rows = self.ormel("dump", "t").splitlines()[1:]
+                self.assertEqual(sorted(int(row.strip('"')) for row in rows), ids)
+
+    def test_a_refused_commit_changes_nothing(self):
+        self.sql("CREATE TABLE t (id INTEGER UNIQUE DEFERRABLE INITIALLY DEFERRED)")
+        self.addCleanup(self.sql, "DROP TABLE t")
+        self.assertTrue(self.refused(1, "sql", "INSERT INTO t VALUES (1), (1)").startswith(
+            "the database refused the commit, nothing was changed: 23505: "))
 
 
 class Load(PostgresTest):

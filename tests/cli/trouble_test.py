@@ -4,7 +4,7 @@ import os
 import socket
 import unittest
 
-from harness import HomeTest
+from harness import FAILING_DISK, HomeTest, fill
 
 
 class Trouble(HomeTest):
@@ -79,6 +79,18 @@ class Trouble(HomeTest):
         self.assertEqual(self.ormel("count", "t"), "0 rows\n", "a reader does not wait")
         other.execute("ROLLBACK")
         self.assertEqual(self.ormel("load", "t", "x.csv"), "1 row loaded into t\n")
+
+    def test_a_disk_that_fails_at_a_commit_leaves_its_outcome_open(self):
+        self.sql("CREATE TABLE wide (id INTEGER, part INTEGER, body VARCHAR(1000), more TEXT)")
+        fill(self, "wide SELECT i, i % 2, printf('%.*c', 1000, 'x'), 'x'", 400)
+        for command in [["put", "wide", "id=1", "more=" + "x" * 100000], ["sql", "UPDATE wide SET body = 'y' || body"],
+                        ["set", "wide", "part=3", "--all"], ["update", "wide", "part=3", "--all"],
+                        ["delete", "wide", "--where", "part = 1"]]:
+            done = self.run_ormel("--home", "home", *command, **FAILING_DISK)
+            self.assertEqual((done.returncode, done.stdout), (1, ""), command[0])
+            self.assertEqual(done.stderr, "ormel: the commit failed, and whether anything was changed is not known: commit: "
+                                          "disk I/O error; the transaction was rolled back, but the log on the disk may bring "
+                                          "it back: look before repeating it\n", command[0])
 
     def test_a_table_that_is_not_there(self):
         self.write("x.csv", "1\n")

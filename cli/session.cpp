@@ -1,5 +1,6 @@
 #include "session.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -10,7 +11,6 @@
 #include <unistd.h>
 
 #include "home.h"
-#include "text.h"
 
 namespace cli {
 namespace {
@@ -22,6 +22,13 @@ constexpr int32_t kLogSlot = 900;
 constexpr const char *kLook = "look before repeating it";
 
 constexpr const char *kWait = "another process is at work in it: try again when it is done";
+
+// What the engines say where another one is in the way. Without a class, the low byte of the number tells.
+struct Busy {
+    const char *state;
+    uint32_t code;
+};
+constexpr Busy kBusy[] = {{"", 5}, {"", 6}, {"55P03", 0}, {"40P01", 0}, {"40001", 0}};
 
 // The library tells the reason of an unreadable file to the log alone.
 void checkConfiguration() {
@@ -43,11 +50,6 @@ Failure startFailure() {
                        passwordFile + " (the embedded engine takes any)");
     return Failure("the library refuses the configuration " + homeFile("conf/db.conf") + "; the reason stands in " +
                    logFile());
-}
-
-// The engines have no code in common for it.
-bool isAboutLock(const std::string &words) {
-    return lowerCase(words).find("lock") != std::string::npos;
 }
 
 // What to do when there is no connection, by the class of SQLSTATE; an embedded database has none.
@@ -116,10 +118,20 @@ std::string databaseWords() {
     return ORMEL_LastError(&error) == ORMEL_OK ? error.acText : "";
 }
 
+bool isBusy() {
+    ORMEL_ERROR error{};
+    if (ORMEL_LastError(&error) != ORMEL_OK)
+        return false;
+    const uint32_t code = error.acClass[0] == '\0' ? error.uiCode & 0xFF : 0;
+    return std::any_of(std::begin(kBusy), std::end(kBusy), [&](const Busy &busy) {
+        return busy.code == code && std::strcmp(busy.state, error.acClass) == 0;
+    });
+}
+
 Failure failureInWords(const std::string &what, const std::string &words, const std::string &remedy) {
     if (words.empty())
         return Failure(what + "; the reason stands in " + logFile());
-    const std::string advice = isAboutLock(words) ? kWait : remedy;
+    const std::string advice = isBusy() ? kWait : remedy;
     return Failure(what + ": " + words + (advice.empty() ? "" : "; ") + advice);
 }
 

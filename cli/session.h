@@ -47,7 +47,11 @@ bool isOutcomeUnknown();
 // What the database said last; empty where it said nothing.
 std::string databaseWords();
 
-// A failure in these words, or with the log's name where they are empty, and what to do about it.
+// Whether what it said goes away by itself, because another process was in the way.
+bool isBusy();
+
+// A failure in these words of the database, which are what it said last, or with the log's name where they are empty,
+// and what to do about it.
 Failure failureInWords(const std::string &what, const std::string &words, const std::string &remedy = "");
 
 // A failure with the database's own words, and what to do about it.

@@ -141,6 +141,12 @@ class Trouble(PostgresTest):
         self.assertNotIn("very-secret", self.refused(1, "check", home="shown"))
         self.assertNotIn("very-secret", self.read("shown/var/log/slot-900"))
 
+    def test_another_process_in_the_way_is_told_by_the_class(self):
+        for state, waits in [("55P03", True), ("40P01", True), ("40001", True), ("25P02", False), ("22012", False)]:
+            line = self.refused(1, "sql", f"DO $$ BEGIN RAISE 'a clock' USING ERRCODE = '{state}'; END $$")
+            self.assertEqual(line, f"the statement failed: {state}: a clock" +
+                             ("; another process is at work in it: try again when it is done" if waits else ""))
+
     def test_a_statement_that_the_database_refuses(self):
         self.assertEqual(self.refused(1, "sql", "SELECT nonsense"),
                          'the database refuses the statement: 42703: column "nonsense" does not exist')

@@ -80,6 +80,16 @@ class Trouble(HomeTest):
         other.execute("ROLLBACK")
         self.assertEqual(self.ormel("load", "t", "x.csv"), "1 row loaded into t\n")
 
+    def test_no_lock_is_seen_in_a_name(self):
+        self.sql("CREATE TABLE clock (id INTEGER PRIMARY KEY)")
+        self.sql("INSERT INTO clock VALUES (1)")
+        self.assertEqual(self.refused(1, "put", "clock", "id=1"),
+                         "cannot put the row into clock: UNIQUE constraint failed: clock.id")
+        self.assertIn("lists the tables", self.refused(1, "describe", "clocks"))
+        os.rename(self.path("home"), self.path("clock"))
+        self.write("clock/conf/db.conf", "db.driver=sqlite\ndb.dbname=../none/ormel.db\n")
+        self.assertIn("; correct that file, or make what it names", self.fail_with(1, "--home", "clock", "check"))
+
     def test_a_disk_that_fails_at_a_commit_leaves_its_outcome_open(self):
         self.sql("CREATE TABLE wide (id INTEGER, part INTEGER, body VARCHAR(1000), more TEXT)")
         fill(self, "wide SELECT i, i % 2, printf('%.*c', 1000, 'x'), 'x'", 400)

@@ -6,12 +6,14 @@
 namespace cli {
 namespace {
 
-// A cursor that does not begin takes along what the database said of it, so the same select is tried once more.
+constexpr uint32_t kFirstRows = 16; // that a cursor reads ahead
+
+// A cursor that does not begin takes along what the database said of it, so its first rows are selected once more.
 Failure beginFailure(const Session &session, Query &query) {
     const std::string what = "cannot read the rows of " + query.table();
-    SelectResult none;
-    ORMEL_ObjectSelectRowCountSet(query.object(), 1, 0, 0);
-    const bool again = ORMEL_SelectRecForConn3(session.connection(), query.object(), &none) != ORMEL_OK;
+    SelectResult first;
+    ORMEL_ObjectSelectRowCountSet(query.object(), 1, kFirstRows, 0);
+    const bool again = ORMEL_SelectRecForConn3(session.connection(), query.object(), &first) != ORMEL_OK;
     return again ? connectionFailure(session.connection(), what) : databaseFailure(what);
 }
 

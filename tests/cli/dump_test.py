@@ -135,6 +135,25 @@ class LargeDump(HomeTest):
 
 
 class BeginDump(HomeTest):
+    def test_a_row_among_the_first_that_cannot_be_read(self):
+        self.sql("CREATE TABLE d (id INTEGER)")
+        database = self.database()
+        for before in [0, 15]:
+            database.execute("DELETE FROM d")
+            database.executemany("INSERT INTO d VALUES (?)", [(i,) for i in range(before)] + [(5000000000,)])
+            self.assertEqual(self.refused(1, "dump", "d"),
+                             "cannot read the rows of d: column ID is declared as an integer of 32 bits, but a row holds the "
+                             "integer 5000000000; declare the column as what it holds, or mend the row", before)
+
+    def test_a_row_that_cannot_be_computed(self):
+        self.sql("CREATE TABLE n (i INTEGER)")
+        self.sql("CREATE VIEW v AS SELECT i, abs(i - 1 - 9223372036854775807) AS big FROM n")
+        database = self.database()
+        for before in [0, 15]:
+            database.execute("DELETE FROM n")
+            database.executemany("INSERT INTO n VALUES (?)", [(i,) for i in range(1, before + 1)] + [(0,)])
+            self.assertEqual(self.refused(1, "dump", "v"), "cannot read the rows of v: integer overflow", before)
+
     def test_the_database_s_own_words(self):
         self.sql('CREATE TABLE k ("order" INTEGER, a INTEGER)')
         for words in [["--fields", "order"], ["--where", "order = 1"]]:

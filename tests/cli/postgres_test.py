@@ -211,6 +211,11 @@ class Rows(PostgresTest):
         self.assertEqual(self.ormel("load", "t", "dumped.csv", "--skip", "1"), "2 rows loaded into t\n")
         self.assertEqual(self.ormel("dump", "t"), dumped)
 
+    def test_a_row_among_the_first_of_a_dump_that_cannot_be_read(self):
+        self.sql("CREATE VIEW v AS SELECT i, 1 / (16 - i) AS part FROM generate_series(1, 100) AS i")
+        self.addCleanup(self.sql, "DROP VIEW v")
+        self.assertEqual(self.refused(1, "dump", "v"), "cannot read the rows of v: 22012: division by zero")
+
     def test_set_update_and_delete(self):
         self.fill()
         self.assertEqual(self.ormel("set", "t", "name=x", "body=NULL", "photo=", "--where", "id = 1"), "1 row set\n")

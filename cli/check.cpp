@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <fstream>
 #include <functional>
 #include <iomanip>
 #include <iostream>
@@ -57,27 +56,6 @@ std::string roundTrip(void *connection) {
     std::nth_element(times.begin(), times.begin() + kRoundTrips / 2, times.end());
     const auto median = std::chrono::duration_cast<std::chrono::microseconds>(times[kRoundTrips / 2]);
     return std::to_string(median.count()) + " us";
-}
-
-// What the configuration says under a key: its last value that is not empty.
-std::string configured(const std::string &key) {
-    std::ifstream file(homeFile("conf/db.conf"));
-    std::string value;
-    for (std::string line; std::getline(file, line);)
-        if (line.rfind(key + "=", 0) == 0) {
-            const std::string rest = line.substr(key.size() + 1);
-            const std::string_view given = trimmed(std::string_view(rest).substr(0, rest.find_first_of("=\r")));
-            value = given.empty() ? value : given;
-        }
-    return value;
-}
-
-// The engine that the configuration names, or stands for: by a host a server.
-std::string configuredEngine() {
-    std::string driver = configured("db.driver");
-    if (!driver.empty())
-        return driver;
-    return configured("db.host").empty() ? "sqlite" : "postgres";
 }
 
 // The library takes any other word for the weakest, and tells the log alone.

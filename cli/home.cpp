@@ -2,11 +2,13 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 
 #include <ormeldb/log.h>
 #include <unistd.h>
 
 #include "error.h"
+#include "text.h"
 
 namespace cli {
 namespace fs = std::filesystem;
@@ -58,6 +60,25 @@ std::string homeFile(const std::string &name) {
 
 std::string logFile() {
     return (fs::current_path() / g_acVemloLogFileName).lexically_normal().string();
+}
+
+std::string configured(const std::string &key) {
+    std::ifstream file(homeFile("conf/db.conf"));
+    std::string value;
+    for (std::string line; std::getline(file, line);)
+        if (line.rfind(key + "=", 0) == 0) {
+            const std::string rest = line.substr(key.size() + 1);
+            const std::string_view given = trimmed(std::string_view(rest).substr(0, rest.find_first_of("=\r")));
+            value = given.empty() ? value : given;
+        }
+    return value;
+}
+
+std::string configuredEngine() {
+    std::string driver = configured("db.driver");
+    if (!driver.empty())
+        return driver;
+    return configured("db.host").empty() ? "sqlite" : "postgres";
 }
 
 } // namespace cli

@@ -24,6 +24,12 @@ std::filesystem::path callersFile(const Place &place, const std::string &name);
 // The absolute name of a file of the home around the working directory.
 std::string homeFile(const std::string &name);
 
+// What the configuration of that home says under a key: its last value that is not empty.
+std::string configured(const std::string &key);
+
+// The engine that it names, or stands for: by a host a server.
+std::string configuredEngine();
+
 // The absolute name of this process's log file.
 std::string logFile();
 

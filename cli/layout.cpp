@@ -4,6 +4,7 @@
 #include <array>
 #include <limits>
 
+#include "home.h"
 #include "text.h"
 #include "value.h"
 
@@ -13,6 +14,17 @@ namespace {
 constexpr size_t kLongestName = ORMEL_NAME_SIZE - 1;
 constexpr const char *kTables = "ormel sql \"SELECT DISTINCT TABLE_NAME FROM USER_TAB_COLUMNS\" lists the tables";
 constexpr const char *kDecimals[] = {"numeric", "decimal", "dec", "number"};
+
+// What an engine writes for a decimal number that has no digits, and what it reads as the same.
+struct Word {
+    std::string_view engine;
+    std::string_view written;
+    std::string_view read;
+};
+constexpr Word kWords[] = {
+    {"sqlite", "inf", "1e999"},           {"sqlite", "-inf", "-1e999"},           {"postgres", "NaN", "NaN"},
+    {"postgres", "Infinity", "Infinity"}, {"postgres", "-Infinity", "-Infinity"},
+};
 
 bool isNameByte(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '$' ||
@@ -62,7 +74,8 @@ void checkTableName(const std::string &table) {
 }
 
 Layout::Layout(const Session &session, const std::string &table)
-    : table_(table), descriptor_(ORMEL_CreatResAtt(session.connection(), table.c_str(), nullptr)) {
+    : table_(table), engine_(configuredEngine()),
+      descriptor_(ORMEL_CreatResAtt(session.connection(), table.c_str(), nullptr)) {
     if (descriptor_ == nullptr)
         throw databaseFailure("cannot describe the table " + table, kTables);
     declared_ = declaredTypes(session.connection(), table);
@@ -132,16 +145,23 @@ Heading Layout::heading(size_t position) const {
     return {columns()[position].attname, isNumber(position) ? Align::right : Align::left};
 }
 
+// The text that stands for a value on its way to the database. Throws ValueError where it is no decimal number.
+std::string_view Layout::sent(size_t position, std::string_view text) const {
+    if (!isDecimal(position))
+        return text;
+    for (const Word &word : kWords)
+        if (word.engine == engine_ && word.written == text)
+            return word.read;
+    checkDecimal(text);
+    return text;
+}
+
 void Layout::parse(size_t position, std::string_view text, std::span<uint8_t> field) const {
-    if (isDecimal(position))
-        checkDecimal(text);
-    parseValue(type(position), text, field);
+    parseValue(type(position), sent(position, text), field);
 }
 
 std::string Layout::encode(size_t position, std::string_view text) const {
-    if (isDecimal(position))
-        checkDecimal(text);
-    return encodeValue(type(position), text, static_cast<size_t>(columns()[position].len));
+    return encodeValue(type(position), sent(position, text), static_cast<size_t>(columns()[position].len));
 }
 
 std::string Layout::largeObjects() const {

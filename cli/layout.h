@@ -70,8 +70,10 @@ private:
     };
 
     bool isDecimal(size_t position) const;
+    std::string_view sent(size_t position, std::string_view text) const;
 
     std::string table_;
+    std::string engine_;
     std::unique_ptr<ORMEL_RES_ATT, GiveBack> descriptor_;
     std::map<std::string, std::string> declared_; // types by column
 };

@@ -73,12 +73,14 @@ std::string formatBoolean(Bytes bytes) {
 
 // --- Floating point --------------------------------------------------------------------------------------------
 
+// Also the words that stand for no finite number, as they are written below.
 std::string parseDouble(std::string_view text) {
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error == std::errc::result_out_of_range)
         throw ValueError(quoted(text) + " is outside what 8 bytes of floating point hold");
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+    const bool whole = error == std::errc() && end == text.data() + text.size();
+    if (!whole || (!std::isfinite(value) && text != shortest(value)))
         throw ValueError(text.empty() ? "an empty field is no number" : quoted(text) + " is no number");
     return bytesOf(value);
 }

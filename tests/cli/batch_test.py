@@ -8,6 +8,7 @@ import unittest
 
 from harness import FAILING_DISK, ORMEL, HomeTest
 
+INFINITY = float("inf")
 MOST = 1088987  # rows of which the library counts the bytes
 
 
@@ -211,8 +212,20 @@ class RoundTrip(HomeTest):
              "one\r\n\"two\"\r\n", b"\0\1\0\0"),
             (-2147483648, -9223372036854775808, -1e300, 0, "", "", 0, "", b"\0\0\0", b"", "", b""),
             (None,) * 12,
+            (4, 5, INFINITY, 1, "", "", INFINITY, "", b"", b"", "", b""),
+            (5, 6, -INFINITY, 1, "", "", -INFINITY, "", b"", b"", "", b""),
             (1, 2, 5e-324, 1, "\U0001f600" * 10, "\"\"\"", -0.01, "x", b"a", b"abcd", "\n" * 5, bytes(range(256))),
             (2, 3, 4.0, 0, "NULL", "''", 7, ",", None, None, "\u732b,;\t'" * 20000, b"\0" * 100000)])
+
+    def test_words_that_the_engine_has_no_number_for(self):
+        self.sql("CREATE TABLE t (part DOUBLE, price NUMERIC(8,2))")
+        for row, reason in [("nan,", "parameter 1 is not a number"), ("Infinity,", "PART: 'Infinity' is no number"),
+                            (",NaN", "PRICE: 'NaN' is no number"), (",Infinity", "PRICE: 'Infinity' is no number")]:
+            self.write("x.csv", row + "\n")
+            self.assertIn(reason, self.refused(1, "load", "t", "x.csv"))
+        self.ormel("put", "t", "part=inf", "price=-inf")
+        self.ormel("set", "t", "part=-inf", "--where", "part = inf", "--where", "price = -inf")
+        self.assertEqual(self.ormel("get", "t", "--json"), '[\n{"PART":"-inf","PRICE":"-inf"}\n]\n')
 
     def test_one_column(self):
         self.assert_comes_back("name VARCHAR(10)", [(None,), ("",), ("a",), (None,), (None,), ("\n\n",), ("",), (None,)])

@@ -216,6 +216,17 @@ class Rows(PostgresTest):
         self.addCleanup(self.sql, "DROP VIEW v")
         self.assertEqual(self.refused(1, "dump", "v"), "cannot read the rows of v: 22012: division by zero")
 
+    def test_what_is_no_finite_number(self):
+        self.sql("CREATE TABLE n (id INTEGER, part DOUBLE PRECISION, price NUMERIC)")
+        self.addCleanup(self.sql, "DROP TABLE n")
+        text = ('"ID","PART","PRICE"\n"1","inf","Infinity"\n"2","-inf","-Infinity"\n"3","nan","NaN"\n')
+        self.write("n.csv", text)
+        self.assertEqual(self.ormel("load", "n", "n.csv", "--skip", "1"), "3 rows loaded into n\n")
+        self.assertEqual(self.ormel("dump", "n"), text)
+        self.assertEqual(self.ormel("dump", "n", "--json").splitlines()[2], '{"ID":3,"PART":"nan","PRICE":"NaN"}')
+        self.assertEqual(self.ormel("set", "n", "part=nan", "price=Infinity", "--where", "price = NaN"), "1 row set\n")
+        self.assertIn("PRICE: 'nan' is no number", self.refused(2, "put", "n", "PRICE=nan"))
+
     def test_set_update_and_delete(self):
         self.fill()
         self.assertEqual(self.ormel("set", "t", "name=x", "body=NULL", "photo=", "--where", "id = 1"), "1 row set\n")

@@ -104,7 +104,8 @@ bool tellAnswer(void *connection, const Question &question) {
     try {
         tell(question.label, question.answer(connection));
     } catch (const Failure &failure) {
-        tell(question.label, "not known: " + std::string(failure.what()) + "; " + question.remedy);
+        const std::string remedy = isBusy() ? "" : std::string("; ") + question.remedy; // that failure says what to do
+        tell(question.label, "not known: " + std::string(failure.what()) + remedy);
         answered = false;
     }
     dbRollbackTrans(connection); // some databases refuse all that follows a failure

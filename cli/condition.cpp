@@ -86,6 +86,18 @@ std::vector<Parsed> parseAll(const std::vector<std::string> &texts, Parse parse)
     return parsed;
 }
 
+// A condition of a record has no room for every value of such a column.
+void checkLongColumn(const Condition &condition, uint32_t type, size_t size) {
+    constexpr size_t kMost = sizeof(ORMEL_COND_ITEM::aucValue);
+    if (isText(type) && condition.value.size() >= kMost)
+        throw UsageError(condition.column + ": the text has " + std::to_string(condition.value.size()) +
+                         " bytes, a condition on records takes at most " + std::to_string(kMost - 1) +
+                         "; get, dump, set and sql take more");
+    if (!isText(type) && !isLargeObject(type))
+        throw UsageError(condition.column + ": a condition's value has at most " + std::to_string(kMost) +
+                         " bytes, and the column has " + std::to_string(size) + "; use the command sql");
+}
+
 void fill(ORMEL_COND_ITEM &item, const Layout &layout, const Condition &condition) {
     item.ucFieldId = layout.position(condition.column);
     item.uiOp = condition.op;
@@ -93,9 +105,8 @@ void fill(ORMEL_COND_ITEM &item, const Layout &layout, const Condition &conditio
     const auto type = static_cast<uint32_t>(column.atttypid);
     checkOperator(layout, item.ucFieldId, condition);
     const auto size = static_cast<size_t>(column.len);
-    if (size > sizeof item.aucValue && !isText(type) && !isLargeObject(type))
-        throw UsageError(condition.column + ": a condition's value has at most 256 bytes, and the column has " +
-                         std::to_string(size) + "; use the command sql");
+    if (size > sizeof item.aucValue)
+        checkLongColumn(condition, type, size);
     try {
         const auto value = std::span(item.aucValue).first(std::min(size, sizeof item.aucValue));
         if (condition.op == ORMEL_OP_LIKE)

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "error.h"
+#include "password.h"
 #include "text.h"
 
 namespace cli {
@@ -42,6 +43,8 @@ void enterHome(const Place &place, const std::vector<std::string> &arguments) {
             return;
         throw UsageError("there is no ../conf/db.conf here; name a home with --home DIR (ormel new DIR makes one)");
     }
+    if (isCredentialRefused()) // libdecrypt has said why, and would say it once more
+        throw passwordFailure();
     const std::string callersDirectory = fs::current_path();
     const std::string bin = place.home + "/bin";
     if (chdir(bin.c_str()) != 0)

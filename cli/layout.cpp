@@ -55,6 +55,15 @@ std::map<std::string, std::string> declaredTypes(void *connection, const std::st
     return types;
 }
 
+// What helps where the table cannot be described: only where there is none, its name is wrong.
+std::string describeRemedy() {
+    const ORMEL_ERROR error = lastError();
+    const std::string_view words = error.acText;
+    const bool isAbsent =
+        std::string_view(error.acClass) == "42P01" || words.find("no such table") != std::string_view::npos;
+    return isAbsent ? kTables : "";
+}
+
 std::string columnNames(std::span<const ORMEL_RES_ATT_FIELD> columns) {
     std::string names;
     for (const ORMEL_RES_ATT_FIELD &column : columns)
@@ -77,7 +86,7 @@ Layout::Layout(const Session &session, const std::string &table)
     : table_(table), engine_(configuredEngine()),
       descriptor_(ORMEL_CreatResAtt(session.connection(), table.c_str(), nullptr)) {
     if (descriptor_ == nullptr)
-        throw databaseFailure("cannot describe the table " + table, kTables);
+        throw databaseFailure("cannot describe the table " + table, describeRemedy());
     declared_ = declaredTypes(session.connection(), table);
 }
 

@@ -152,7 +152,7 @@ private:
     size_t insert(Batch &batch, const Transaction &transaction) const {
         if (const auto loaded = batch.insert(transaction.slot()->pConn))
             return *loaded;
-        std::string words = databaseWords();
+        std::string words = lastError().acText;
         if (const auto row = takeRow(words, lines_.size()))
             throw failureInWords(reader_.place(lines_[*row]) + ": the database refuses the record", words);
         throw failureInWords(reader_.place(lines_.front()) + " to " + std::to_string(lines_.back()) +

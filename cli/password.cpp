@@ -3,15 +3,18 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 
 #include <ormeldb/config.h>
+#include <ormeldb/platform/decrypt.h>
 #include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
-#include "error.h"
+#include "home.h"
 
 namespace cli {
 namespace {
@@ -80,6 +83,21 @@ private:
     struct sigaction interrupt_ {};
 };
 
+// A file that is there, or of which that cannot be told: libdecrypt says what is wrong with it.
+bool isThere(const std::filesystem::path &file) {
+    std::error_code error;
+    return std::filesystem::status(file, error).type() != std::filesystem::file_type::not_found;
+}
+
+// Empty where there is none. It is looked for as libdecrypt does it.
+std::string credentialFile() {
+    const char *directory = secure_getenv("CREDENTIALS_DIRECTORY");
+    if (directory == nullptr || *directory == '\0')
+        return "";
+    std::string file = std::string(directory) + "/ormel-db-password";
+    return isThere(file) ? file : "";
+}
+
 } // namespace
 
 std::string passwordFromFile(const std::string &path) {
@@ -103,6 +121,23 @@ std::string passwordFromTerminal(const std::string &words) {
     }
     std::fputs("\n", stderr);
     return checked(std::move(text), "the terminal");
+}
+
+bool isPasswordKnown() {
+    return g_decrypt_info_s[ORMEL_DECRYPT_PASSWORD_OFFSET] != '\0';
+}
+
+bool isCredentialRefused() {
+    return !isPasswordKnown() && !credentialFile().empty();
+}
+
+Failure passwordFailure() {
+    const std::string credential = credentialFile();
+    const std::string file = credential.empty() ? homeFile("conf/db.password") : credential;
+    if (isThere(file))
+        return Failure("the database password in " + file + " cannot be used: the line before this one says why");
+    return Failure("there is no database password: write it into " + file + " and run: chmod 600 " + file +
+                   " (the embedded engine takes any)");
 }
 
 } // namespace cli

@@ -5,12 +5,12 @@
 #include <cstring>
 #include <filesystem>
 
-#include <ormeldb/platform/decrypt.h>
 #include <ormeldb/platform/liblog.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "home.h"
+#include "password.h"
 
 namespace cli {
 namespace {
@@ -42,20 +42,17 @@ void checkConfiguration() {
                       " is not a regular file; put the file in order, or make a new home with: ormel new DIR");
 }
 
-// What is wrong with a password file that is there, libdecrypt says itself when it is loaded.
 Failure startFailure() {
-    const std::string passwordFile = homeFile("conf/db.password");
-    if (g_decrypt_info_s[ORMEL_DECRYPT_PASSWORD_OFFSET] == '\0')
-        return Failure("there is no database password: write it into " + passwordFile + " and run: chmod 600 " +
-                       passwordFile + " (the embedded engine takes any)");
+    if (!isPasswordKnown())
+        return passwordFailure();
     return Failure("the library refuses the configuration " + homeFile("conf/db.conf") + "; the reason stands in " +
                    logFile());
 }
 
 // What to do when there is no connection, by the class of SQLSTATE; an embedded database has none.
 std::string connectRemedy() {
-    ORMEL_ERROR error{};
-    if (ORMEL_LastError(&error) != ORMEL_OK || error.acClass[0] == '\0')
+    const ORMEL_ERROR error = lastError();
+    if (error.acClass[0] == '\0')
         return "correct that file, or make what it names; its paths begin in " + homeFile("bin");
     const std::string state = error.acClass;
     if (state.rfind("28", 0) == 0)
@@ -102,26 +99,24 @@ void Session::commit() {
     dbPrintError(connection_);
     if (!isOutcomeUnknown())
         throw databaseFailure("the database refused the commit, nothing was changed");
-    const bool saysWhatToDo = databaseWords().find(kLook) != std::string::npos;
+    const bool saysWhatToDo = std::strstr(lastError().acText, kLook) != nullptr;
     throw databaseFailure("the commit failed, and whether anything was changed is not known",
                           saysWhatToDo ? "" : kLook);
 }
 
 bool isOutcomeUnknown() {
-    ORMEL_ERROR error{};
-    return ORMEL_LastError(&error) == ORMEL_OK &&
-           (std::strcmp(error.acClass, "08007") == 0 || std::strstr(error.acText, kLook) != nullptr);
+    const ORMEL_ERROR error = lastError();
+    return std::strcmp(error.acClass, "08007") == 0 || std::strstr(error.acText, kLook) != nullptr;
 }
 
-std::string databaseWords() {
+ORMEL_ERROR lastError() {
     ORMEL_ERROR error{};
-    return ORMEL_LastError(&error) == ORMEL_OK ? error.acText : "";
+    ORMEL_LastError(&error);
+    return error;
 }
 
 bool isBusy() {
-    ORMEL_ERROR error{};
-    if (ORMEL_LastError(&error) != ORMEL_OK)
-        return false;
+    const ORMEL_ERROR error = lastError();
     const uint32_t code = error.acClass[0] == '\0' ? error.uiCode & 0xFF : 0;
     return std::any_of(std::begin(kBusy), std::end(kBusy), [&](const Busy &busy) {
         return busy.code == code && std::strcmp(busy.state, error.acClass) == 0;
@@ -136,7 +131,7 @@ Failure failureInWords(const std::string &what, const std::string &words, const 
 }
 
 Failure databaseFailure(const std::string &what, const std::string &remedy) {
-    return failureInWords(what, databaseWords(), remedy);
+    return failureInWords(what, lastError().acText, remedy);
 }
 
 Failure connectionFailure(void *connection, const std::string &what) {

@@ -45,7 +45,7 @@ private:
 bool isOutcomeUnknown();
 
 // What the database said last; empty where it said nothing.
-std::string databaseWords();
+ORMEL_ERROR lastError();
 
 // Whether what it said goes away by itself, because another process was in the way.
 bool isBusy();

@@ -45,7 +45,8 @@ class Check(HomeTest):
         self.database().execute("BEGIN IMMEDIATE")
         code, told, errors = self.check()
         self.assertEqual((code, errors), (1, WRONG.format("1 step")))
-        self.assertRegex(told["writing"], "^not known: .*database is locked.*; another process is at work in it")
+        self.assertRegex(told["writing"], "^not known: .*database is locked[^;]*; it was waited for [^;]*; another "
+                                          "process is at work in it: try again when it is done$")
         self.assertRegex(told["round trip"], r"^\d+ us$")
 
     def test_a_file_that_cannot_be_written(self):

@@ -62,7 +62,13 @@ class Count(HomeTest):
         self.assertEqual(self.refusal("price = cheap"), "price: 'cheap' is no number")
         self.assertEqual(self.refusal("raw = 00"),
                          "raw: the field takes exactly 2 bytes, written as 4 hexadecimal digits, and '00' has 2")
-        self.assertIn("has 256 bytes, the field holds at most 255", self.refusal("name = " + "x" * 256))
+        for operator, length in [("=", 256), ("<>", 400), ("like", 256)]:
+            self.assertEqual(self.refusal(f"name {operator} " + "x" * length),
+                             f"name: the text has {length} bytes, a condition on records takes at most 255; get, dump, set and "
+                             "sql take more")
+        self.sql("CREATE TABLE short (name VARCHAR(2))")
+        self.assertIn("has 9 bytes, the field holds at most 8",
+                      self.refused(2, "count", "short", "--where", "name = 123456789"))
         self.assertEqual(self.refusal("body = x"),
                          "body: it is a large object, which no record carries; use the command sql for this column")
         self.assertEqual(self.refusal("wide = 00"),

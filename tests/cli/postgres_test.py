@@ -150,7 +150,16 @@ class Trouble(PostgresTest):
     def test_a_statement_that_the_database_refuses(self):
         self.assertEqual(self.refused(1, "sql", "SELECT nonsense"),
                          'the database refuses the statement: 42703: column "nonsense" does not exist')
-        self.assertIn('relation "nonesuch" does not exist', self.refused(1, "count", "nonesuch"))
+        self.assertRegex(self.refused(1, "count", "nonesuch"), 'relation "nonesuch" does not exist; ormel sql .* lists the tables')
+
+    def test_a_table_that_may_not_be_read(self):
+        self.sql("CREATE TABLE hidden (id INTEGER)")
+        self.addCleanup(self.sql, "DROP TABLE hidden")
+        self.sql("CREATE ROLE guest LOGIN PASSWORD 'guests'")
+        self.addCleanup(self.sql, "DROP ROLE guest")
+        self.new("guests", user="guest", password="guests")
+        self.assertEqual(self.refused(1, "count", "hidden", home="guests"),
+                         "cannot describe the table hidden: 42501: permission denied for table hidden")
 
 
 class Rows(PostgresTest):

@@ -42,11 +42,20 @@ class Trouble(HomeTest):
     def test_a_password_that_others_can_read(self):
         password = self.path("home/conf/db.password")
         os.chmod(password, 0o644)
-        done = self.run_ormel("--home", "home", "count", "t")
+        self.assert_password_refused(password, f"group or others can read it; run: chmod 600 {password}")
+
+    def test_a_credential_that_cannot_be_used(self):
+        credential = self.path(self.write("ormel-db-password", ""))
+        self.assert_password_refused(credential, "it is empty; write the password into it",
+                                     env={**os.environ, "CREDENTIALS_DIRECTORY": self.directory})
+
+    def assert_password_refused(self, file, reason, **options):
+        """The platform's library says why, once, and the command says of which file."""
+        done = self.run_ormel("--home", "home", "count", "t", **options)
         self.assertEqual((done.returncode, done.stdout), (1, ""))
         library, command = done.stderr.splitlines()
-        self.assertIn(f"group or others can read it; run: chmod 600 {password}", library)
-        self.assertIn("ormel: there is no database password: ", command)
+        self.assertIn(reason, library)
+        self.assertEqual(command, f"ormel: the database password in {file} cannot be used: the line before this one says why")
 
     def test_an_engine_that_is_not_there(self):
         self.configure("db.driver", "nonesuch")
@@ -102,13 +111,18 @@ class Trouble(HomeTest):
                                           "disk I/O error; the transaction was rolled back, but the log on the disk may bring "
                                           "it back: look before repeating it\n", command[0])
 
+    def test_tables_are_listed_only_where_one_is_missing(self):
+        self.sql("CREATE TABLE gone (id INTEGER)")
+        self.sql("CREATE VIEW v AS SELECT nonsense(id) AS x FROM gone")
+        self.assertEqual(self.refused(1, "count", "v"), "cannot describe the table v: no such function: nonsense")
+
     def test_a_table_that_is_not_there(self):
         self.write("x.csv", "1\n")
         for command in [["describe"], ["count"], ["show"], ["get"], ["dump"], ["delete", "--all"],
                         ["update", "id=1", "--all"], ["put", "id=1"], ["set", "id=1", "--all"]]:
             line = self.refused(1, command[0], "nonesuch", *command[1:])
             self.assertTrue(line.startswith("cannot describe the table nonesuch: "), line)
-            self.assertIn("no such table: nonesuch", line)
+            self.assertIn("no such table: nonesuch; ormel sql \"SELECT DISTINCT TABLE_NAME FROM ", line)
         self.assertIn("no such table: nonesuch", self.refused(1, "load", "nonesuch", "x.csv"))
 
     def test_a_log_that_cannot_be_written_stops_nothing(self):

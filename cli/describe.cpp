@@ -2,6 +2,7 @@
 
 #include "commands.h"
 #include "layout.h"
+#include "output.h"
 #include "table.h"
 #include "text.h"
 
@@ -29,9 +30,10 @@ void describeTable(const std::string &table) {
                   std::to_string(column.offset)});
     }
     grid.print(std::cout);
-    std::cout << counted(layout.columns().size(), "column") << ", record length " << layout.recordLength()
-              << " bytes\n";
+    std::cout << counted(layout.columns().size(), "column") << ", record length "
+              << counted(layout.recordLength(), "byte") << '\n';
     printNotes(layout);
+    flush(std::cout);
 }
 
 } // namespace cli

@@ -82,11 +82,9 @@ public:
 private:
     std::string fate() const {
         if (committing_ > 0 && isOutcomeUnknown())
-            return "; whether the last " + rows(committing_) +
-                   " were committed is not known: look before going on with "
-                   "--skip " +
-                   std::to_string(plan_.skip + taken_) + " or --skip " +
-                   std::to_string(plan_.skip + taken_ + committing_);
+            return "; whether the commit of the last " + rows(committing_) +
+                   " happened is not known: look before going on with --skip " + std::to_string(plan_.skip + taken_) +
+                   " or --skip " + std::to_string(plan_.skip + taken_ + committing_);
         if (taken_ == 0)
             return "; nothing was loaded";
         return "; loaded and kept: " + rows(loaded_) + "; when that is mended, go on with --skip " +
@@ -97,7 +95,7 @@ private:
         CsvRecord record;
         for (uint64_t i = 0; i < plan_.skip; ++i)
             if (!reader_.next(record))
-                throw Failure("there are only " + counted(i, "record") + " in the file, and --skip passes over " +
+                throw Failure("the file has only " + counted(i, "record") + ", and --skip passes over " +
                               std::to_string(plan_.skip));
     }
 

@@ -10,6 +10,7 @@
 
 #include "commands.h"
 #include "error.h"
+#include "output.h"
 
 namespace {
 
@@ -215,7 +216,13 @@ int complain(ExitCode code, std::string message) {
 }
 
 int run(CLI::App &app, const std::vector<Command> &commands, const Options &options, int argc, char **argv) {
-    app.parse(argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success &help) {
+        app.exit(help);
+        cli::flush(std::cout);
+        return kDone;
+    }
     const auto given =
         std::find_if(commands.begin(), commands.end(), [](const Command &command) { return command.words->parsed(); });
     if (given == commands.end())
@@ -223,8 +230,7 @@ int run(CLI::App &app, const std::vector<Command> &commands, const Options &opti
     if (given->needsHome)
         cli::enterHome(options.place, {argv, argv + argc});
     given->run();
-    if (!std::cout.flush())
-        throw cli::Failure("cannot write the output");
+    cli::flush(std::cout);
     return kDone;
 }
 
@@ -238,8 +244,6 @@ int main(int argc, char **argv) {
         Options options;
         const std::vector<Command> commands = addCommands(app, options);
         return run(app, commands, options, argc, argv);
-    } catch (const CLI::Success &help) {
-        return app.exit(help);
     } catch (const CLI::ParseError &error) {
         return complain(kWrongUse, std::string(error.what()) + " (ormel --help tells the commands)");
     } catch (const cli::UsageError &error) {

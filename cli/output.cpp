@@ -21,11 +21,6 @@ void write(std::ostream &out, std::string_view text) {
         throw Failure(std::string("cannot write the output: ") + std::strerror(errno));
 }
 
-void flush(std::ostream &out) {
-    if (!out.flush())
-        throw Failure(std::string("cannot write the output: ") + std::strerror(errno));
-}
-
 // --- An aligned table ------------------------------------------------------------------------------------------
 
 class TableWriter : public RowWriter {
@@ -159,6 +154,11 @@ constexpr JsonWriter::Frame kArray = {"[\n", ",\n", "", "\n]\n", "[]\n"};
 constexpr JsonWriter::Frame kLines = {"", "", "\n", "", ""};
 
 } // namespace
+
+void flush(std::ostream &out) {
+    if (!out.flush())
+        throw Failure(std::string("cannot write the output: ") + std::strerror(errno));
+}
 
 void writeBytes(std::span<const uint8_t> bytes, std::ostream &out) {
     write(out, {reinterpret_cast<const char *>(bytes.data()), bytes.size()});

@@ -37,6 +37,9 @@ enum class Format {
     jsonLines, // one object a line
 };
 
+// Ends what was written, soon enough for the system's words still to be known. Throws Failure, as a writer does.
+void flush(std::ostream &out);
+
 // Writes bytes as they are. Throws Failure, as a writer does.
 void writeBytes(std::span<const uint8_t> bytes, std::ostream &out);
 

@@ -4,6 +4,7 @@
 
 #include "commands.h"
 #include "condition.h"
+#include "output.h"
 #include "table.h"
 #include "text.h"
 #include "value.h"
@@ -85,7 +86,8 @@ void showRecords(const std::string &table, const std::vector<std::string> &where
     const Result result = select(session, layout, list);
     const TextTable grid = convert(layout, result.get());
     grid.print(std::cout);
-    std::cout << '(' << rows(grid.size()) << ")\n" << std::flush;
+    std::cout << '(' << rows(grid.size()) << ")\n";
+    flush(std::cout);
     printNotes(session, layout, list, grid.size());
 }
 

@@ -1,7 +1,9 @@
 #include <iostream>
+#include <optional>
 #include <vector>
 
 #include "commands.h"
+#include "output.h"
 #include "session.h"
 #include "statement.h"
 #include "table.h"
@@ -11,7 +13,7 @@
 namespace cli {
 namespace {
 
-void printRows(Statement &statement, const std::vector<Column> &columns) {
+TextTable collectRows(Statement &statement, const std::vector<Column> &columns) {
     std::vector<Heading> headings;
     for (const Column &column : columns)
         headings.push_back({column.name, isNumber(column.type) ? Align::right : Align::left});
@@ -22,8 +24,18 @@ void printRows(Statement &statement, const std::vector<Column> &columns) {
             cells.push_back(statement.value(i, columns[i].type));
         grid.add(cells);
     }
-    grid.print(std::cout);
-    std::cout << '(' << rows(grid.size()) << ")\n";
+    return grid;
+}
+
+// Prints the rows, or where the statement gives none, how many it affected.
+void print(const std::optional<TextTable> &grid, uint32_t affected) {
+    if (grid) {
+        grid->print(std::cout);
+        std::cout << '(' << rows(grid->size()) << ")\n";
+    } else {
+        std::cout << rows(affected) << " affected\n";
+    }
+    flush(std::cout);
 }
 
 } // namespace
@@ -31,20 +43,18 @@ void printRows(Statement &statement, const std::vector<Column> &columns) {
 void runSql(const std::string &text) {
     Session session;
     uint32_t affected = 0;
-    bool gaveRows = false;
+    std::optional<TextTable> grid;
     {
         Statement statement(session.connection());
         statement.execute(text);
         const std::vector<Column> columns = statement.columns();
-        gaveRows = !columns.empty();
-        if (gaveRows)
-            printRows(statement, columns);
-        else
+        if (columns.empty())
             affected = statement.affectedRows();
+        else
+            grid = collectRows(statement, columns);
     }
     session.commit();
-    if (!gaveRows)
-        std::cout << rows(affected) << " affected\n";
+    print(grid, affected);
 }
 
 } // namespace cli

@@ -106,7 +106,7 @@ std::string parseText(std::string_view text) {
 // One byte of the field stays free for the NUL, without which results would cut the text.
 void checkTextFits(std::string_view text, size_t size) {
     if (text.size() >= size)
-        throw ValueError(quoted(text) + " has " + std::to_string(text.size()) + " bytes, the field holds at most " +
+        throw ValueError(quoted(text) + " has " + counted(text.size(), "byte") + ", the field holds at most " +
                          std::to_string(size - 1));
 }
 
@@ -133,7 +133,7 @@ std::string parseBytes(std::string_view text) {
 }
 
 [[noreturn]] void refuseLength(std::string_view text, size_t size, const char *howMany) {
-    throw ValueError(std::string("the field takes ") + howMany + " " + std::to_string(size) + " bytes, written as " +
+    throw ValueError(std::string("the field takes ") + howMany + " " + counted(size, "byte") + ", written as " +
                      std::to_string(2 * size) + " hexadecimal digits, and " + quoted(text) + " has " +
                      std::to_string(text.size()));
 }

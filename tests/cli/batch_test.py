@@ -69,7 +69,7 @@ class Batches(HomeTest):
 
         done = self.run_ormel("--home", "home", "load", "t", "x.csv", "--commit-every", "100", **FAILING_DISK)
         self.assertEqual(done.returncode, 1)
-        told = re.search(r"whether the last 100 rows were committed is not known: look before going on with --skip (\d+) or "
+        told = re.search(r"whether the commit of the last 100 rows happened is not known: look before going on with --skip (\d+) or "
                          r"--skip (\d+)\n$", done.stderr)
         self.assertTrue(told, done.stderr)
         before, behind = map(int, told.groups())
@@ -116,7 +116,10 @@ class Batches(HomeTest):
         self.assertEqual(self.load("--skip", "2"), "1 row loaded into t\n")
         self.assertEqual(self.ids(), [2])
         self.assertEqual(self.refusal("--skip", "4"),
-                         "there are only 3 records in the file, and --skip passes over 4; nothing was loaded")
+                         "the file has only 3 records, and --skip passes over 4; nothing was loaded")
+        self.write("x.csv", "1,a\n")
+        self.assertEqual(self.refusal("--skip", "2"),
+                         "the file has only 1 record, and --skip passes over 2; nothing was loaded")
 
     def test_a_wrong_number_of_rows(self):
         self.file(1)

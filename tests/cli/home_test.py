@@ -91,10 +91,23 @@ class CommandLine(HomeTest):
         self.assertEqual(self.ormel("count", "x" * 27), "0 rows\n")
 
     def test_output_that_cannot_be_written_is_a_failure(self):
-        with open("/dev/full", "w") as full:
-            done = subprocess.run([ORMEL, "--home", "home", "sql", "SELECT 1"], cwd=self.directory, stdout=full,
-                                  stderr=subprocess.PIPE, encoding="utf-8")
-        self.assertEqual((done.returncode, done.stderr), (1, "ormel: cannot write the output\n"))
+        self.sql("CREATE TABLE t (id INTEGER)")
+        self.write("x.csv", "1\n2\n")
+        many = "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 5000) SELECT i FROM n"
+        for words in [["sql", "SELECT 1"], ["sql", many], ["sql", "DELETE FROM t"], ["check"], ["describe", "t"], ["count", "t"],
+                      ["load", "t", "x.csv"], ["show", "t"], ["put", "t", "id=3"], ["delete", "t", "--all"], ["--help"],
+                      ["--version"], ["load", "--help"]]:
+            with open("/dev/full", "w") as full:
+                done = subprocess.run([ORMEL, "--home", "home", *words], cwd=self.directory, stdout=full,
+                                      stderr=subprocess.PIPE, encoding="utf-8")
+            self.assertEqual((done.returncode, done.stderr),
+                             (1, "ormel: cannot write the output: No space left on device\n"), words)
+
+    def test_rows_are_printed_when_they_are_committed(self):
+        self.sql("CREATE TABLE p (id INTEGER PRIMARY KEY)")
+        self.sql("CREATE TABLE c (id INTEGER REFERENCES p DEFERRABLE INITIALLY DEFERRED)")
+        line = self.refused(1, "sql", "INSERT INTO c VALUES (1) RETURNING id")
+        self.assertTrue(line.startswith("the database refused the commit, nothing was changed: "), line)
 
 
 if __name__ == "__main__":

@@ -124,6 +124,8 @@ TEST_F(Value, ByteStringsAreHexadecimal) {
     EXPECT_EQ(again(QDC_TYPE_VARBINARY, "00FFA1", 3), "00ffa1");
     EXPECT_EQ(refusal(QDC_TYPE_BINARY, "00ff", 3),
               "the field takes exactly 3 bytes, written as 6 hexadecimal digits, and '00ff' has 4");
+    EXPECT_EQ(refusal(QDC_TYPE_BINARY, "", 1),
+              "the field takes exactly 1 byte, written as 2 hexadecimal digits, and '' has 0");
     EXPECT_EQ(refusal(QDC_TYPE_RAW, "00fg", 2), "'g' is no hexadecimal digit");
     EXPECT_EQ(refusal(QDC_TYPE_RAW, "00-1", 2), "'-' is no hexadecimal digit");
 }

@@ -58,6 +58,10 @@ class Demo(DirectoryTest):
         for line in last:
             self.assertRegex(line, r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6} [A-Z]+ LOG_ORMEL:\d+:\w+: ")
         self.assertRegex(last[-1], r"ORMEL_TransMgrClean: After Uninit, Conn count: 0$")
+        log = self.read("home/var/log/slot-900")
+        self.assertIn("a line at the level ERROR would be a failure, and there is none.\n", done.stdout)
+        self.assertNotIn(" ERROR ", log)
+        self.assertLess(len(log.splitlines()), 1000, "no line for each record")
         self.assertTrue(any(re.search(r"db\.conf host:", line) for line in last), last)
 
     def run_demo(self, *words):

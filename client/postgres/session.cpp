@@ -91,6 +91,16 @@ void Session::rollback() {
     pipeline.finish();
 }
 
+void Session::failTransaction() {
+    Pipeline pipeline(*this, Pipeline::Begin::yes);
+    pipeline.run("ROLLBACK TO SAVEPOINT ormel_none");
+    try {
+        pipeline.finish();
+    } catch (const Error &) {
+        return; // there is no such savepoint, which is what fails it
+    }
+}
+
 void Session::sendRollback() {
     const bool open = inTransaction();
     endTransaction();

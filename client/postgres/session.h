@@ -21,6 +21,8 @@ public:
 
     void commit();
     void rollback();
+    // Leaves a transaction in which the server refuses all statements, as it does after one that failed.
+    void failTransaction();
     // Sends a rollback whose answer nobody waits for until the session is used again.
     void sendRollback();
     // Takes that answer off the wire. False where it does not come soon, or is another one.

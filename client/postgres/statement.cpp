@@ -68,28 +68,39 @@ void PostgresStatement::close() noexcept {
     cursor_.clear();
 }
 
-// What was learnt of a text is tried once more where the table has changed since, as long as nothing is lost by it.
+// Runs once more where the first run failed because of what has changed since the text was described, and where nothing
+// but that run is lost by it.
 uint64_t PostgresStatement::execute(const std::vector<Value> &values, uint32_t readAhead) {
     close();
     executed_ = false;
-    const bool repeatable = !fresh_ && !connection_.session().inTransaction();
+    const bool first = !connection_.session().inTransaction();
     uint64_t affected = 0;
     try {
         affected = run(values, readAhead);
     } catch (const Error &error) {
-        const bool outgrown = !fresh_ && tellsOfOtherColumns(error);
-        if (!repeatable || !outgrown || PQstatus(connection_.session().raw()) != CONNECTION_OK) {
-            stale_ = outgrown;
+        stale_ = !fresh_ && tellsOfOtherColumns(error);
+        if (!stale_ || !first || PQstatus(connection_.session().raw()) != CONNECTION_OK || !hasChanged())
             throw;
-        }
-        connection_.session().rollback();
-        const Description before = std::exchange(description_, connection_.describe(sql_, isQuery()));
-        connection_.drop(before.name);
         affected = run(values, readAhead);
     }
     executed_ = true;
     fresh_ = false;
     return affected;
+}
+
+// Describes the text anew, for which the transaction that failed has to end; a failed one takes its place where the
+// text means what it meant.
+bool PostgresStatement::hasChanged() {
+    Session &session = connection_.session();
+    const bool failed = session.inTransaction();
+    session.rollback();
+    const Description before = std::exchange(description_, connection_.describe(sql_, isQuery()));
+    connection_.drop(before.name);
+    stale_ = false;
+    const bool changed = !description_.isLike(before);
+    if (failed && !changed)
+        session.failTransaction();
+    return changed;
 }
 
 uint64_t PostgresStatement::run(const std::vector<Value> &values, uint32_t readAhead) {

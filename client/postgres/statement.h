@@ -25,6 +25,7 @@ public:
 private:
     bool isQuery() const { return role_ == Role::query; }
     uint64_t run(const std::vector<Value> &values, uint32_t readAhead);
+    bool hasChanged();
     void open(const Arguments &arguments, uint32_t readAhead);
     uint64_t change(const Arguments &arguments);
     uint64_t sendRows(const Batch &batch, uint32_t first, uint32_t count);

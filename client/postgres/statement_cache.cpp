@@ -4,6 +4,12 @@
 
 namespace ormel::client::postgres {
 
+bool Description::isLike(const Description &other) const {
+    const auto sameName = [](const Column &a, const Column &b) { return a.name == b.name; };
+    return parameters == other.parameters && types == other.types &&
+           std::equal(columns.begin(), columns.end(), other.columns.begin(), other.columns.end(), sameName);
+}
+
 std::optional<Description> StatementCache::take(const std::string &sql) {
     const auto found = std::find_if(known_.begin(), known_.end(), [&](const Known &known) { return known.sql == sql; });
     if (found == known_.end())

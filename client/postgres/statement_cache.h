@@ -20,6 +20,9 @@ struct Description {
     std::vector<Column> columns;
     std::vector<std::pair<Oid, int>> types; // of the columns, with their modifiers
     bool binary = false;                    // the rows' values all have a form that is read in binary
+
+    // Whether values and rows are the same as of another one.
+    bool isLike(const Description &other) const;
 };
 
 class StatementCache {

@@ -203,7 +203,29 @@ TEST_P(FaultTest, ASetThatIsRefusedNamesItsRowAndColumn) {
     EXPECT_THAT(db.error(), AllOf(StartsWith("23502: row 0: "), HasSubstr("\"v\"")));
 }
 
-// Even one that the connection knew, and tried once more.
+// Also where the connection knows the text, and asks what has become of it.
+TEST_P(FaultTest, AStatementThatFailsByItsValuesIsRunOnce) {
+    Connection keeper = connect();
+    makeTable(keeper);
+    keeper.run("create sequence runs");
+    keeper.run("create function refuse() returns trigger language plpgsql as $$ begin "
+               "perform nextval('runs'); "
+               "if new.v = 'wrong' then raise exception 'refused' using errcode = '22023'; end if; "
+               "return new; end $$");
+    keeper.run("create trigger refusal before insert on t for each row execute function refuse()");
+    const std::string sql = "insert into t (id, v) values (:1, :2)";
+    keeper.run(sql, 1, "right");
+    for (int again = 0; again < 3; ++again) {
+        keeper.commit();
+        EXPECT_THROW(keeper.run(sql, 2, "wrong"), ClientError);
+        EXPECT_THAT(keeper.error(), StartsWith("22023: refused"));
+        EXPECT_THAT(keeper.refusal("select 1"), StartsWith("25P02: "));
+        keeper.rollback();
+    }
+    EXPECT_EQ(keeper.rows("select last_value from runs"), Rows{rowOf("4")});
+}
+
+// Even one that the connection knew.
 TEST_P(FaultTest, AFailedFirstStatementFailsItsTransaction) {
     Connection db = connect();
     makeTable(db);

@@ -101,9 +101,32 @@ size_t pieceLength(std::string_view text) {
     return isWord(text[0]) ? static_cast<size_t>(end - text.begin()) : 1;
 }
 
+// Takes off what the text begins with.
+std::string_view takePiece(std::string_view &text) {
+    const std::string_view piece = text.substr(0, pieceLength(text));
+    text.remove_prefix(piece.size());
+    return piece;
+}
+
 bool isBlank(std::string_view piece) {
     return std::isspace(static_cast<unsigned char>(piece[0])) != 0 || piece.substr(0, 2) == "--" ||
            piece.substr(0, 2) == "/*";
+}
+
+// Whether a query may make or change rows, which is no cursor's. Behind FOR and FOR NO KEY an UPDATE only locks them.
+bool changesRows(std::string_view query) {
+    std::string before;
+    while (!query.empty()) {
+        const std::string_view piece = takePiece(query);
+        if (isBlank(piece))
+            continue;
+        const std::string word = isWord(piece[0]) ? upperCase(piece) : "";
+        const bool locks = word == "UPDATE" && (before == "FOR" || before == "KEY");
+        if (!locks && std::find(kChanges.begin(), kChanges.end(), word) != kChanges.end())
+            return true;
+        before = word;
+    }
+    return false;
 }
 
 } // namespace
@@ -119,18 +142,11 @@ std::string_view statementIn(std::string_view text) {
 }
 
 Role roleOf(std::string_view text) {
-    const std::string word = firstWord(text);
-    // A text in parentheses is a query; the words behind them tell nothing else.
-    if (word.empty())
-        return !text.empty() && text[0] == '(' ? Role::query : Role::other;
+    const std::string word = text.starts_with('(') ? "SELECT" : firstWord(text);
     const auto *found =
         std::find_if(kRoles.begin(), kRoles.end(), [&](const auto &role) { return role.first == word; });
-    if (found == kRoles.end())
-        return Role::other;
-    // What may make or change rows is no cursor's.
-    const auto changes = [&](std::string_view change) { return hasWord(text, change); };
-    const bool pure = found->second != Role::query || std::none_of(kChanges.begin(), kChanges.end(), changes);
-    return pure ? found->second : Role::other;
+    const Role role = found != kRoles.end() ? found->second : Role::other;
+    return role == Role::query && changesRows(text) ? Role::other : role;
 }
 
 bool mayAlterSession(std::string_view text) {
@@ -143,8 +159,7 @@ bool mayAlterSession(std::string_view text) {
     bool isTable = false; // that rows go into
     bool dotted = false;
     for (std::string_view rest = text; !rest.empty();) {
-        const std::string_view piece = rest.substr(0, pieceLength(rest));
-        rest.remove_prefix(piece.size());
+        const std::string_view piece = takePiece(rest);
         if (isBlank(piece))
             continue;
         if (isWord(piece[0]) || piece[0] == '"') {
@@ -166,9 +181,8 @@ std::string withCatalogue(const std::string &sql) {
         return sql;
     std::string replaced;
     for (std::string_view rest = sql; !rest.empty();) {
-        const std::string_view piece = rest.substr(0, pieceLength(rest));
+        const std::string_view piece = takePiece(rest);
         replaced += upperCase(piece) == kView ? kColumns : piece;
-        rest.remove_prefix(piece.size());
     }
     return replaced;
 }

@@ -31,11 +31,18 @@ TEST(PostgresText, aStatementBeginsBehindBlanksAndComments) {
 }
 
 TEST(PostgresText, whatMayChangeRowsIsNoCursors) {
-    for (const char *text : {"select * into b from a", "select * from a for update",
+    for (const char *text : {"select * into b from a", "(select * into b from a)", "select 1/**/into b",
                              "with gone as (delete from a returning *) select * from gone",
+                             "with a as (update b set c = 1 returning *) select * from a for update",
+                             "(with gone as (delete from a returning *) select * from gone)",
                              "with a as (insert into b values (1) returning *) select * from a"})
         EXPECT_EQ(roleOf(text), Role::other) << text;
-    for (const char *text : {"select updated, into_x from inserts", "select my_update from t"})
+    for (const char *text :
+         {"select updated, into_x from inserts", "select my_update from t", "select * from t where v <> 'update'",
+          "select \"delete\" from t", "select 1 -- insert\n", "select 1 /* merge */", "select $$ into $$",
+          "select E'\\' into '", "select * from a for update", "select * from a FOR /* why */ UPDATE nowait",
+          "select * from a for no key update of a skip locked", "select * from a for share",
+          "select * from a for key share", "(select * from a) for update"})
         EXPECT_EQ(roleOf(text), Role::query) << text;
 }
 

@@ -8,6 +8,7 @@ namespace ormel::client::postgres {
 namespace {
 
 constexpr const char *kSslModes[] = {"disable", "prefer", "require", "verify-ca", "verify-full"};
+constexpr uint32_t kRequire = 2;
 constexpr uint32_t kVerifyCa = 3;
 constexpr char kConfigFileError[] = "F0000";
 
@@ -47,11 +48,20 @@ void addAddress(Conninfo &conninfo, const Address &address) {
     add("port", address.port);
 }
 
+// What passes through a socket in the file system is never encrypted, and libpq would not say so.
+[[noreturn]] void refuseSocket(const Address &address) {
+    refuse(kUnableToConnect, "auth.sslmode asks for encryption, which there is none of at the socket " +
+                                 (address.host.empty() ? "that libpq finds" : "in " + address.host) +
+                                 "; set db.host to the server's name, or auth.sslmode to PREFERRED or DISABLED");
+}
+
 } // namespace
 
 Conninfo conninfoOf(const Settings &settings, const Address &address) {
     if (settings.user.empty())
         refuse(kConfigFileError, "db.user in ../conf/db.conf does not say who connects");
+    if (settings.sslMode >= kRequire && address.number.empty())
+        refuseSocket(address);
     Conninfo conninfo = {{"user", settings.user},
                          {"password", settings.password.empty() ? " " : settings.password},
                          {"passfile", "/nonexistent"},

@@ -193,6 +193,20 @@ TEST_P(ConnectTest, TheFolderOfASocketIsAHost) {
         EXPECT_EQ(outcome(at(certificate("")), mode), "plain");
 }
 
+// Where libpq would leave it out.
+TEST_P(ConnectTest, EncryptionIsNotLeftOutAtASocket) {
+    for (const char *root : {"", "root.crt"}) {
+        trust(*root != '\0' ? certificate(root) : "");
+        for (const SslMode mode : {kRequired, kVerifyCa, kVerifyFull}) {
+            SCOPED_TRACE(std::string(root) + " " + std::to_string(mode));
+            EXPECT_THAT(refusal(at(certificate("")), mode), AllOf(StartsWith("08001: "), HasSubstr("auth.sslmode"),
+                                                                  HasSubstr(certificate("")), HasSubstr("db.host")));
+            EXPECT_THAT(refusal(at(""), mode), AllOf(StartsWith("08001: "), HasSubstr("auth.sslmode")));
+        }
+    }
+    EXPECT_EQ(outcome(at(certificate("") + ",127.0.0.1"), kRequired), "encrypted");
+}
+
 TEST_P(ConnectTest, OnlyAServerThatTakesWritesIsTaken) {
     Connection keeper = connect();
     keeper.run("drop role if exists reader");

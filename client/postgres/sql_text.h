@@ -21,8 +21,9 @@ std::string_view statementIn(std::string_view text);
 // Of a text without leading blanks.
 Role roleOf(std::string_view text);
 
-// Whether a text may do something that outlives its transaction: anything but reading and writing rows, and whatever
-// calls a function.
+// Whether a text shows that it may do something that outlives its transaction: anything but reading and writing rows,
+// and whatever calls a function. What the database's own code does behind it (triggers, rules, views, defaults, domains,
+// operators) shows in no text.
 bool mayAlterSession(std::string_view text);
 
 // The text with the view USER_TAB_COLUMNS replaced by what it stands for, where it stands outside quotes and comments.

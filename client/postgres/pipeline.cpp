@@ -32,7 +32,8 @@ Pipeline::Pipeline(Session &session, Begin begin) : session_(session) {
 void Pipeline::begin(PGTransactionStatusType status, Begin begin) {
     if (begin == Begin::yes && status == PQTRANS_IDLE)
         send("BEGIN");
-    if (status == PQTRANS_INERROR) // what waits would be refused, and says nothing to the caller
+    // What waits would be refused, and says nothing to the caller.
+    if (status == PQTRANS_INERROR || begin == Begin::never)
         return;
     for (const std::string &command : std::exchange(session_.later_, {}))
         send(command.c_str());

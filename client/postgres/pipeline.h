@@ -12,7 +12,8 @@ namespace ormel::client::postgres {
 // Commands that are sent as one and answered as one; when one fails, those behind it are not run.
 class Pipeline {
 public:
-    enum class Begin { no, yes }; // a transaction, where none has begun
+    // A transaction, where none has begun; never: nor does what waits travel along, because the command must be alone.
+    enum class Begin { no, yes, never };
 
     Pipeline(Session &session, Begin begin);
     ~Pipeline();

@@ -134,7 +134,7 @@ void PostgresStatement::open(const Arguments &arguments, uint32_t readAhead) {
 }
 
 uint64_t PostgresStatement::change(const Arguments &arguments) {
-    const auto begin = role_ == Role::apart ? Pipeline::Begin::no : Pipeline::Begin::yes;
+    const auto begin = role_ == Role::apart ? Pipeline::Begin::never : Pipeline::Begin::yes;
     Pipeline pipeline(connection_.session(), begin);
     pipeline.execute(description_.name, arguments, description_.binary && !description_.columns.empty());
     auto results = pipeline.finish();

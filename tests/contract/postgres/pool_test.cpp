@@ -85,6 +85,21 @@ TEST_P(ServerPoolTest, WhatAUserPreparedOrDroppedGoesWithThem) {
     EXPECT_EQ(count(keeper), 3);
 }
 
+// While statements wait to be dropped, which nothing that must be alone can take along.
+TEST_P(ServerPoolTest, VacuumRunsWhateverWaits) {
+    Connection db = connect();
+    makeTable(db, 1);
+    Statement vacuum(db, "vacuum t");
+    for (int i = 0; i < 100; ++i) // more than are kept
+        db.run("update t set v = 'x' where id = " + std::to_string(i));
+    db.commit();
+    { const Statement oneMore(db, "delete from t"); }
+    EXPECT_EQ(vacuum.execute(), 0U);
+    EXPECT_EQ(count(db), 1);
+    db.rollback();
+    EXPECT_LE(std::stoi(db.rows("select count(*) from pg_prepared_statements").at(0).at(0).value()), 66);
+}
+
 TEST_P(ServerPoolTest, ATableMadeByASelectGoesWithItsUser) {
     {
         Connection db = connect();

@@ -92,6 +92,12 @@ void PostgresConnection::closeCursor(const std::string &name) noexcept {
     }
 }
 
+void PostgresConnection::forgetPrepared() noexcept {
+    session_.forgetDrops();
+    statements_ = StatementCache();
+    ++generation_;
+}
+
 // Settings, temporary tables, locks, listens, cursors and prepared statements of the session.
 bool PostgresConnection::recycle() noexcept {
     if (session_.largestMessage() > kLargestKept)
@@ -101,14 +107,14 @@ bool PostgresConnection::recycle() noexcept {
             session_.sendRollback();
         } else {
             session_.rollback();
-            session_.forgetLater();
+            session_.forgetDrops();
             Pipeline pipeline(session_, Pipeline::Begin::no);
             for (const char *command :
                  {"DEALLOCATE ALL", "RESET SESSION AUTHORIZATION", "RESET ALL", kIsoDates, "CLOSE ALL", "UNLISTEN *",
                   "SELECT pg_catalog.pg_advisory_unlock_all()", "DISCARD TEMP", "DISCARD SEQUENCES"})
                 pipeline.run(command);
             pipeline.finish();
-            statements_ = StatementCache(); // what was prepared is gone, be it the user's or the engine's own
+            forgetPrepared(); // be it the user's or the engine's own
         }
         altered_ = false;
         return PQstatus(session_.raw()) == CONNECTION_OK;

@@ -30,11 +30,15 @@ public:
     // What was prepared under a name, or opened, is not needed any longer.
     void drop(const std::string &name) noexcept;
     void closeCursor(const std::string &name) noexcept;
+    // The server has dropped all that was prepared. Descriptions of another generation name statements that are gone.
+    void forgetPrepared() noexcept;
+    uint64_t generation() const { return generation_; }
 
 private:
     Session session_;
     ColumnReader columns_;
     StatementCache statements_;
+    uint64_t generation_ = 0;
     bool altered_ = false; // by something that a rollback may leave
 };
 

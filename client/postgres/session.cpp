@@ -34,8 +34,8 @@ void Session::abandon() noexcept {
     shutdown(PQsocket(raw()), SHUT_RDWR);
 }
 
-void Session::forgetLater() noexcept {
-    later_.clear();
+void Session::forgetDrops() noexcept {
+    std::erase_if(later_, [](const std::string &command) { return command.starts_with(kDrop); });
 }
 
 // What the server has prepared outlives the transaction, and so does the wish to drop it.

@@ -32,9 +32,8 @@ public:
     void later(std::string command) { later_.push_back(std::move(command)); }
     // Likewise for a prepared statement that is not needed any longer, whatever becomes of the transaction.
     void dropLater(const std::string &name);
-
-    // Forgets all of what waits: the session is being cleaned.
-    void forgetLater() noexcept;
+    // Nothing is prepared any longer.
+    void forgetDrops() noexcept;
 
     // Gives the connection up where it cannot be left as it must be: what is open on it ends as if the server were
     // gone.

@@ -176,6 +176,10 @@ bool mayAlterSession(std::string_view text) {
     return false;
 }
 
+bool dropsPrepared(std::string_view text) {
+    return firstWord(text) == "DEALLOCATE" && hasWord(text, "ALL");
+}
+
 std::string withCatalogue(const std::string &sql) {
     if (!hasWord(sql, kView))
         return sql;

@@ -22,9 +22,12 @@ std::string_view statementIn(std::string_view text);
 Role roleOf(std::string_view text);
 
 // Whether a text shows that it may do something that outlives its transaction: anything but reading and writing rows,
-// and whatever calls a function. What the database's own code does behind it (triggers, rules, views, defaults, domains,
-// operators) shows in no text.
+// and whatever calls a function. What the database's own code does behind it (triggers, rules, views, defaults,
+// domains, operators) shows in no text.
 bool mayAlterSession(std::string_view text);
+
+// Whether a text drops all prepared statements.
+bool dropsPrepared(std::string_view text);
 
 // The text with the view USER_TAB_COLUMNS replaced by what it stands for, where it stands outside quotes and comments.
 std::string withCatalogue(const std::string &sql);

@@ -15,6 +15,8 @@ constexpr size_t kStepBytes = 1024 * 1024; // about as much is fetched at a time
 constexpr uint32_t kMostRowsOfStep = 1000;
 constexpr uint32_t kMostRowsOfFetch = INT32_MAX; // that the server can be asked for
 
+constexpr char kNotPrepared[] = "26000";
+
 uint64_t affectedBy(const PGresult *result) {
     return std::strtoull(PQcmdTuples(const_cast<PGresult *>(result)), nullptr, 10);
 }
@@ -53,6 +55,8 @@ void undoBatch(Session &session) noexcept {
 
 PostgresStatement::~PostgresStatement() {
     close();
+    if (isGone())
+        return;
     if (stale_)
         connection_.drop(description_.name);
     else
@@ -73,13 +77,16 @@ void PostgresStatement::close() noexcept {
 uint64_t PostgresStatement::execute(const std::vector<Value> &values, uint32_t readAhead) {
     close();
     executed_ = false;
+    if (stale_ || isGone())
+        describeAnew();
     const bool first = !connection_.session().inTransaction();
     uint64_t affected = 0;
     try {
         affected = run(values, readAhead);
     } catch (const Error &error) {
-        stale_ = !fresh_ && tellsOfOtherColumns(error);
-        if (!stale_ || !first || PQstatus(connection_.session().raw()) != CONNECTION_OK || !hasChanged())
+        noteFailure(error);
+        const bool outdated = stale_ || isGone();
+        if (!outdated || !first || PQstatus(connection_.session().raw()) != CONNECTION_OK || !hasChanged())
             throw;
         affected = run(values, readAhead);
     }
@@ -88,16 +95,30 @@ uint64_t PostgresStatement::execute(const std::vector<Value> &values, uint32_t r
     return affected;
 }
 
-// Describes the text anew, for which the transaction that failed has to end; a failed one takes its place where the
-// text means what it meant.
+void PostgresStatement::noteFailure(const Error &error) {
+    stale_ = !fresh_ && tellsOfOtherColumns(error);
+    if (stateOf(error) == kNotPrepared && wordsIn(error).find(description_.name) != std::string_view::npos &&
+        !isQuery())
+        connection_.forgetPrepared();
+}
+
+// Returns whether anything has changed since the text was described.
+bool PostgresStatement::describeAnew() {
+    const bool gone = isGone();
+    const Description before = std::exchange(description_, connection_.describe(sql_, isQuery()));
+    if (!gone)
+        connection_.drop(before.name);
+    generation_ = connection_.generation();
+    stale_ = false;
+    return gone || !description_.isLike(before);
+}
+
+// For the question the transaction that failed has to end; a failed one takes its place where nothing has changed.
 bool PostgresStatement::hasChanged() {
     Session &session = connection_.session();
     const bool failed = session.inTransaction();
     session.rollback();
-    const Description before = std::exchange(description_, connection_.describe(sql_, isQuery()));
-    connection_.drop(before.name);
-    stale_ = false;
-    const bool changed = !description_.isLike(before);
+    const bool changed = describeAnew();
     if (failed && !changed)
         session.failTransaction();
     return changed;
@@ -138,6 +159,8 @@ uint64_t PostgresStatement::change(const Arguments &arguments) {
     Pipeline pipeline(connection_.session(), begin);
     pipeline.execute(description_.name, arguments, description_.binary && !description_.columns.empty());
     auto results = pipeline.finish();
+    if (dropsPrepared(sql_))
+        connection_.forgetPrepared();
     if (!description_.columns.empty())
         rows_ = std::move(results[0]);
     return description_.columns.empty() ? affectedBy(results[0].get()) : 0;
@@ -148,6 +171,8 @@ uint64_t PostgresStatement::executeBatch(const Batch &batch) {
     executed_ = false;
     if (!description_.columns.empty() || isQuery())
         refuse("0A000", "a statement that gives rows cannot run for a set of parameter rows");
+    if (stale_ || isGone())
+        describeAnew();
     transactionNumber_ = connection_.session().number();
     connection_.session().later("SAVEPOINT ormel_batch"); // travels with the first rows
     uint64_t affected = 0;
@@ -156,7 +181,7 @@ uint64_t PostgresStatement::executeBatch(const Batch &batch) {
             affected += sendRows(batch, first, std::min(kRowsOnTheWay, batch.rows() - first));
         connection_.session().later("RELEASE SAVEPOINT ormel_batch");
     } catch (const Error &error) {
-        stale_ = !fresh_ && tellsOfOtherColumns(error);
+        noteFailure(error);
         leaveBatch();
         throw;
     } catch (...) {

@@ -25,6 +25,9 @@ public:
 private:
     bool isQuery() const { return role_ == Role::query; }
     uint64_t run(const std::vector<Value> &values, uint32_t readAhead);
+    bool isGone() const { return generation_ != connection_.generation(); }
+    void noteFailure(const Error &error);
+    bool describeAnew();
     bool hasChanged();
     void open(const Arguments &arguments, uint32_t readAhead);
     uint64_t change(const Arguments &arguments);
@@ -37,8 +40,9 @@ private:
     std::string sql_;
     Role role_;
     Description description_;
-    bool fresh_;         // the description is not older than this statement
-    bool stale_ = false; // the table has outgrown it: nobody is to have it next
+    uint64_t generation_ = connection_.generation(); // of the description
+    bool fresh_;                                     // the description is not older than this statement
+    bool stale_ = false;                             // the table has outgrown it: nobody is to have it next
     bool executed_ = false;
     std::string cursor_; // its name, where one is open
     uint64_t transactionNumber_ = 0;

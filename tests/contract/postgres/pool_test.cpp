@@ -85,6 +85,41 @@ TEST_P(ServerPoolTest, WhatAUserPreparedOrDroppedGoesWithThem) {
     EXPECT_EQ(count(keeper), 3);
 }
 
+// Whether a statement says so or a function does it, and whether the server's own names are known as gone at once or
+// not.
+TEST_P(ServerPoolTest, StatementsSurviveThatAllAreDropped) {
+    Connection db = connect();
+    makeTable(db);
+    db.run("create function forget() returns void language plpgsql as $$ begin execute 'deallocate all'; end $$");
+    db.commit();
+    const std::string insert = "insert into t (id, v) values (:1, 'x')";
+    int id = 0;
+    Statement kept(db, insert);
+    const auto insertByBoth = [&] {
+        kept.set(0, ++id);
+        EXPECT_EQ(kept.execute(), 1U);
+        EXPECT_EQ(db.run(insert + " ", ++id), 1U);
+        db.commit();
+    };
+    insertByBoth();
+    db.run("DEALLOCATE ALL");
+    insertByBoth();
+    db.rows("select forget()");
+    db.commit();
+    insertByBoth();
+    db.rows("select forget()");
+    EXPECT_THROW(db.run(insert + " ", 0), ClientError);
+    EXPECT_THAT(db.error(), testing::StartsWith("26000: "));
+    db.rollback();
+    insertByBoth();
+    for (int i = 0; i < 100; ++i) { // what was dropped is not dropped again
+        EXPECT_EQ(db.run("update t set v = 'y' where id = " + std::to_string(i)), i > 0 && i <= id ? 1U : 0U);
+        if (i == 50)
+            db.run("deallocate prepare all");
+    }
+    EXPECT_EQ(count(db), id);
+}
+
 // While statements wait to be dropped, which nothing that must be alone can take along.
 TEST_P(ServerPoolTest, VacuumRunsWhateverWaits) {
     Connection db = connect();

@@ -39,6 +39,21 @@ bool hasColumns(const PGresult *result, const std::vector<std::pair<Oid, int>> &
     return true;
 }
 
+Error inRow(size_t row, const Error &error) {
+    return makeError(stateOf(error), "row " + std::to_string(row) + ": " + std::string(wordsIn(error)));
+}
+
+Arguments argumentsOf(const Batch &batch, uint32_t row, const std::vector<Oid> &types) {
+    std::vector<Value> values;
+    for (uint32_t column = 0; column < batch.columns(); ++column)
+        values.push_back(batch.at(row, column));
+    try {
+        return Arguments(types, values);
+    } catch (const Error &error) {
+        throw inRow(row, error);
+    }
+}
+
 // Rather no connection than one with a part of a batch.
 void undoBatch(Session &session) noexcept {
     try {
@@ -202,23 +217,18 @@ void PostgresStatement::leaveBatch() noexcept {
 // Sends some rows of a batch on one way.
 uint64_t PostgresStatement::sendRows(const Batch &batch, uint32_t first, uint32_t count) {
     Pipeline pipeline(connection_.session(), Pipeline::Begin::yes);
-    std::vector<Value> values(batch.columns());
-    for (uint32_t row = first; row < first + count; ++row) {
-        for (uint32_t column = 0; column < batch.columns(); ++column)
-            values[column] = batch.at(row, column);
-        pipeline.execute(description_.name, Arguments(description_.parameters, values), false);
-    }
+    for (uint32_t row = first; row < first + count; ++row)
+        pipeline.execute(description_.name, argumentsOf(batch, row, description_.parameters), false);
     size_t failed = count; // none: the connection broke
     try {
         uint64_t affected = 0;
         for (const OwnedResult &result : pipeline.finish(&failed))
             affected += affectedBy(result.get());
         return affected;
-    } catch (Error &error) {
+    } catch (const Error &error) {
         if (failed == count)
             throw;
-        error = makeError(stateOf(error), "row " + std::to_string(first + failed) + ": " + std::string(wordsIn(error)));
-        throw;
+        throw inRow(first + failed, error);
     }
 }
 

@@ -203,6 +203,23 @@ TEST_P(FaultTest, ASetThatIsRefusedNamesItsRowAndColumn) {
     EXPECT_THAT(db.error(), AllOf(StartsWith("23502: row 0: "), HasSubstr("\"v\"")));
 }
 
+TEST_P(FaultTest, AValueThatIsNotSentNamesItsRow) {
+    Connection db = connect();
+    makeTable(db);
+    db.run("alter table t add column n numeric");
+    db.commit();
+    Statement insert(db, "insert into t (n, id) values (:1, :2)");
+    const int32_t ids[] = {1, 2, 3, 4};
+    const uint16_t none = 65535;
+    const uint16_t lengths[] = {none, none, 2, 2};
+    insert.rows(4);
+    insert.bind(0, kVarbinary, "a b c d ", 2, lengths);
+    insert.bind(1, kInteger, ids, sizeof ids[0]);
+    EXPECT_FAILS(qdc_execute(insert));
+    EXPECT_THAT(db.error(), AllOf(StartsWith("42804: row 2: "), HasSubstr("bytes")));
+    EXPECT_EQ(count(db), 0);
+}
+
 // Also where the connection knows the text, and asks what has become of it.
 TEST_P(FaultTest, AStatementThatFailsByItsValuesIsRunOnce) {
     Connection keeper = connect();

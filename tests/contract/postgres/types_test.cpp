@@ -36,7 +36,7 @@ TEST_P(ServerTypesTest, ValuesComeBackInTheServersForm) {
         {"time(3)", "23:59:59.1234", kText, 36, "23:59:59.123"},
         {"timetz", "10:00+02", kText, 36, "10:00:00+02"},
         {"timestamp", "2024-02-29T12:34:56.789", kText, 36, "2024-02-29 12:34:56.789"},
-        {"timestamptz", "2024-02-29 12:00:00+02", kText, 36, "2024-02-29 10:00:00+00"},
+        {"timestamptz", "2024-02-29 12:00:00+02", kText, 40, "2024-02-29 10:00:00+00"},
         {"uuid", "A0EEBC99-9C0B-4EF8-BB6D-6BB9BD380A11", kText, 37, "a0eebc99-9c0b-4ef8-bb6d-6bb9bd380a11"},
         {"bit(5)", "10110", kText, 6, "10110"},
         {"bit varying(5)", "101", kText, 6, "101"},
@@ -67,6 +67,29 @@ TEST_P(ServerTypesTest, ValuesComeBackInTheServersForm) {
         EXPECT_EQ(query.describe(0).usSize, each.size);
         const Value expected = each.read != nullptr ? Value(each.read) : std::string("\0\xFF", 2);
         EXPECT_EQ(query.rest(), (Rows{{expected}, {std::nullopt}}));
+    }
+}
+
+// Before there were zones, every place had a time of its own, to the second.
+TEST_P(ServerTypesTest, TheLongestTimesFitTheirSizes) {
+    const std::pair<const char *, const char *> longest[] = {
+        {"date", "5874897-12-31"},
+        {"date", "4713-01-01 BC"},
+        {"time", "23:59:59.999999"},
+        {"timetz", "23:59:59.999999+15:59:59"},
+        {"timestamp", "294276-12-31 23:59:59.999999"},
+        {"timestamp", "0044-03-15 12:34:56.789012 BC"},
+        {"timestamptz", "294276-12-31 23:59:59.999999+01"},
+        {"timestamptz", "0044-03-15 12:34:56.789012+00:53:28 BC"},
+    };
+    Connection db = connect();
+    db.run("set timezone = 'Europe/Berlin'");
+    for (const auto &[type, value] : longest) {
+        SCOPED_TRACE(value);
+        Statement query(db, std::string("select '") + value + "'::" + type);
+        query.execute();
+        EXPECT_LT(std::string(value).size(), query.describe(0).usSize);
+        EXPECT_EQ(query.rest(), Rows{rowOf(value)});
     }
 }
 

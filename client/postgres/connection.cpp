@@ -46,7 +46,9 @@ std::unique_ptr<Statement> PostgresConnection::prepare(const std::string &sql) {
     if (text.empty())
         refuse("42601", "the text holds no statement");
     const Role role = roleOf(text);
-    altered_ = altered_ || mayAlterSession(text);
+    const bool alters = mayAlterSession(text);
+    altered_ = altered_ || alters;
+    spoilt_ = spoilt_ || (alters && leavesForGood(text));
     if (role == Role::control)
         refuse("0A000", firstWord(text) +
                             " cannot be run as a statement: transactions begin by themselves and end by the "
@@ -100,7 +102,7 @@ void PostgresConnection::forgetPrepared() noexcept {
 
 // Settings, temporary tables, locks, listens, cursors and prepared statements of the session.
 bool PostgresConnection::recycle() noexcept {
-    if (session_.largestMessage() > kLargestKept)
+    if (spoilt_ || session_.largestMessage() > kLargestKept)
         return false;
     try {
         if (!altered_) {

@@ -40,6 +40,7 @@ private:
     StatementCache statements_;
     uint64_t generation_ = 0;
     bool altered_ = false; // by something that a rollback may leave
+    bool spoilt_ = false;  // by something that nothing undoes
 };
 
 } // namespace ormel::client::postgres

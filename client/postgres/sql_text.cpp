@@ -48,6 +48,10 @@ constexpr std::array<std::string_view, 4> kRowWords = {"SELECT", "INSERT", "UPDA
 constexpr std::array<std::string_view, 10> kHarmless = {"VALUES", "COUNT", "IN",  "AND", "OR",
                                                         "WHERE",  "UPPER", "SUM", "MAX", "MIN"};
 
+// What opens connections from the session, or sets what no RESET knows. It may stand in a text that is code itself, and
+// so is looked for anywhere, as LOAD is.
+constexpr std::array<std::string_view, 3> kLasting = {"DBLINK_", "SETSEED", "PG_REPLICATION_ORIGIN_SESSION_"};
+
 bool isHarmless(std::string_view name) {
     return std::find(kHarmless.begin(), kHarmless.end(), name) != kHarmless.end();
 }
@@ -174,6 +178,12 @@ bool mayAlterSession(std::string_view text) {
         dotted = piece == ".";
     }
     return false;
+}
+
+bool leavesForGood(std::string_view text) {
+    const std::string upper = upperCase(text);
+    const auto holds = [&](std::string_view name) { return upper.find(name) != std::string::npos; };
+    return hasWord(text, "LOAD") || std::any_of(kLasting.begin(), kLasting.end(), holds);
 }
 
 bool dropsPrepared(std::string_view text) {

@@ -26,6 +26,9 @@ Role roleOf(std::string_view text);
 // domains, operators) shows in no text.
 bool mayAlterSession(std::string_view text);
 
+// Whether a text may leave something in the session that no command undoes.
+bool leavesForGood(std::string_view text);
+
 // Whether a text drops all prepared statements.
 bool dropsPrepared(std::string_view text);
 

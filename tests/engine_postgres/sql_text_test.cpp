@@ -86,6 +86,17 @@ TEST(PostgresText, whateverCallsAFunctionMayLeaveATrace) {
         EXPECT_TRUE(mayAlterSession(text)) << text;
 }
 
+TEST(PostgresText, someTracesCannotBeCleaned) {
+    for (const char *text :
+         {"load 'auto_explain'", "select setseed(0.5)", "select public.\"dblink_connect\"('mine', 'port=1')",
+          "select pg_replication_origin_session_setup('a')", "do $$ begin execute 'LOAD ''a'''; end $$"}) {
+        EXPECT_TRUE(mayAlterSession(text)) << text;
+        EXPECT_TRUE(leavesForGood(text)) << text;
+    }
+    for (const char *text : {"set work_mem = '1MB'", "select f(loaded) from t", "select pg_advisory_lock(1)"})
+        EXPECT_FALSE(leavesForGood(text)) << text;
+}
+
 TEST(PostgresText, theViewIsReplacedAsAWordOfItsOwn) {
     for (const char *text : {"select * from USER_TAB_COLUMNS", "select * from user_tab_columns where 1<>1"}) {
         const std::string replaced = withCatalogue(text);

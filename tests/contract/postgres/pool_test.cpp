@@ -85,6 +85,20 @@ TEST_P(ServerPoolTest, WhatAUserPreparedOrDroppedGoesWithThem) {
     EXPECT_EQ(count(keeper), 3);
 }
 
+TEST_P(ServerPoolTest, AConnectionThatCannotBeCleanedIsNotKept) {
+    for (const char *sql : {"load 'plpgsql'", "do $$ begin perform setseed(0.5); end $$"}) {
+        SCOPED_TRACE(sql);
+        std::string of;
+        {
+            Connection db = connect();
+            of = process(db);
+            db.run(sql);
+            db.commit();
+        }
+        EXPECT_NE(processOfOne(), of);
+    }
+}
+
 // Whether a statement says so or a function does it, and whether the server's own names are known as gone at once or
 // not.
 TEST_P(ServerPoolTest, StatementsSurviveThatAllAreDropped) {

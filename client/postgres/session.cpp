@@ -63,21 +63,28 @@ void Session::commit() {
                "nothing was committed: a statement of the transaction had failed, and it was rolled "
                "back");
     }
+    const std::string outcome = sendCommit();
+    endTransaction();
+    if (outcome != "COMMIT")
+        refuse(kFailedTransaction, "nothing was committed: the transaction was rolled back");
+}
+
+// Returns what the server says that it did.
+std::string Session::sendCommit() {
     try {
         Pipeline pipeline(*this, Pipeline::Begin::no);
         pipeline.run("COMMIT");
-        const auto results = pipeline.finish();
-        endTransaction();
-        if (std::string_view(PQcmdStatus(results[0].get())) != "COMMIT")
-            refuse(kFailedTransaction, "nothing was committed: the transaction was rolled back");
+        return PQcmdStatus(pipeline.finish()[0].get());
     } catch (const Error &error) {
-        endTransaction();
-        if (PQstatus(raw()) == CONNECTION_BAD)
+        if (PQstatus(raw()) == CONNECTION_BAD) {
+            endTransaction();
             refuse(kOutcomeUnknown,
                    "the connection broke while the transaction was being committed, and its outcome is "
                    "unknown: " +
                        error.message);
-        throw;
+        }
+        rollback(); // where it never came to the commit
+        refuse(stateOf(error), "nothing was committed: " + std::string(wordsIn(error)));
     }
 }
 

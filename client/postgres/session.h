@@ -51,6 +51,7 @@ private:
 
     void forgetLaterOfTransaction() noexcept;
     void endTransaction() noexcept;
+    std::string sendCommit();
     bool waitForAnswer() noexcept;
     [[noreturn]] void failLost(const char *what) const;
 

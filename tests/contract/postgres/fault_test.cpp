@@ -172,6 +172,19 @@ TEST_P(FaultTest, ACommitWhoseAnswerNeverCameSaysThatItsOutcomeIsUnknown) {
     EXPECT_EQ(count(keeper), 0);
 }
 
+TEST_P(FaultTest, ACommitThatIsRefusedSaysThatNothingWasCommitted) {
+    Connection db = connect();
+    db.run("create table d (id integer unique deferrable initially deferred)");
+    db.commit();
+    for (int again = 0; again < 2; ++again) {
+        db.run("insert into d (id) values (1)");
+        db.run("insert into d (id) values (1)");
+        EXPECT_FAILS(qdc_commit(db));
+        EXPECT_THAT(db.error(), StartsWith("23505: nothing was committed: duplicate key"));
+        EXPECT_EQ(count(db, "d"), 0);
+    }
+}
+
 TEST_P(FaultTest, ASetThatIsCutOffInTheMiddleLeavesNothing) {
     Connection keeper = connect();
     makeTrap(keeper, 1500, false);
@@ -274,6 +287,8 @@ TEST_P(FaultTest, ErrorsBeginWithTheServersState) {
         {"select 1 / (id - 1) from t", "22012"},
         {"select * from t; select 1", "42601"},
         {"create table t (id integer)", "42P07"},
+        {"create index concurrently i on t (v)", "25001"},
+        {"create database other", "25001"},
         {"  -- nothing", "42601"},
         {"commit", "0A000"},
     };

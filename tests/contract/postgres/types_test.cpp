@@ -119,6 +119,12 @@ TEST_P(ServerTypesTest, WhatIsNoneOfItsTypeIsRefused) {
     }
 }
 
+TEST_P(ServerTypesTest, ASliceNeedsABlankBehindItsColon) {
+    Connection db = connect();
+    EXPECT_EQ(db.rows("select (array[1, 2, 3])[1: 2]"), Rows{rowOf("{1,2}")});
+    EXPECT_THAT(db.refusal("select (array[1, 2, 3])[1:2]"), testing::StartsWith("42601: "));
+}
+
 TEST_P(ServerTypesTest, QuotedNamesKeepTheirCase) {
     Connection db = connect();
     db.run("create table \"Mixed Table\" (\"MixedName\" integer, plain integer, \"with space\" text, \"select\" inet)");

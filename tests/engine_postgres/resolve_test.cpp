@@ -1,6 +1,10 @@
 #include "postgres/resolve.h"
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
+#include <mutex>
+#include <netdb.h>
+#include <string_view>
 
 #include "support.h"
 
@@ -16,6 +20,9 @@ using std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kEnough(20);
 
+constexpr char kSilentHost[] = "silent.invalid";
+std::timed_mutex g_silence; // while it is held, nobody hears of that host
+
 std::vector<std::string> found(const std::string &name) {
     return addressesOf(name, steady_clock::now() + kEnough);
 }
@@ -29,6 +36,17 @@ std::string listed(const std::string &hosts, const std::string &ports) {
 }
 
 } // namespace
+
+// In place of the system's, which it asks about all other hosts.
+extern "C" __attribute__((visibility("default"))) int getaddrinfo(const char *host, const char *service,
+                                                                  const addrinfo *hints, addrinfo **list) {
+    static const auto real = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+    if (std::string_view(host) != kSilentHost || (hints->ai_flags & AI_NUMERICHOST) != 0)
+        return real(host, service, hints, list);
+    if (g_silence.try_lock_for(kEnough))
+        g_silence.unlock();
+    return EAI_AGAIN;
+}
 
 TEST(Resolve, hostsHaveAPortEachOrOneForAll) {
     EXPECT_EQ(listed("127.0.0.1", "5433"), "127.0.0.1 5433");
@@ -71,11 +89,12 @@ TEST(Resolve, anUnknownNameIsNamed) {
 }
 
 TEST(Resolve, aLookUpIsLeftAtTheDeadline) {
-    const auto before = steady_clock::now();
-    const Error error = caught([&] { addressesOf("no-such-host.invalid", before); });
-    EXPECT_LT(steady_clock::now() - before, std::chrono::seconds(2));
-    EXPECT_THAT(error.message, HasSubstr("no-such-host.invalid"));
-    EXPECT_EQ(addressesOf("127.0.0.1", before).at(0), "127.0.0.1") << "what needs no look-up needs no time";
+    const std::lock_guard silence(g_silence);
+    const auto now = steady_clock::now();
+    const Error error = caught([&] { addressesOf(kSilentHost, now); });
+    EXPECT_EQ(error.code, 8001U);
+    EXPECT_THAT(error.message, AllOf(HasSubstr(kSilentHost), HasSubstr("client.connect_timeout_ms")));
+    EXPECT_EQ(addressesOf("127.0.0.1", now).at(0), "127.0.0.1") << "what needs no look-up needs no time";
 }
 
 } // namespace ormel::client::postgres

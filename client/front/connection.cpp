@@ -33,6 +33,7 @@ void ConnectionHandle::connect(const char *address, const char *user, const char
     settings_.password = password != nullptr ? password : "";
     Engine &engine = loadEngine(settings_);
     dialect_ = engine.dialect();
+    process_ = processNumber();
     connection_ = takeIdle(settings_);
     if (connection_ == nullptr)
         connection_ = engine.connect(settings_);
@@ -41,8 +42,16 @@ void ConnectionHandle::connect(const char *address, const char *user, const char
 void ConnectionHandle::disconnect() noexcept {
     for (StatementHandle &statement : statements_)
         statement.drop();
-    if (connection_ != nullptr)
+    if (isInherited())
+        leaveInherited(std::move(connection_));
+    else if (connection_ != nullptr)
         keepIdle(settings_, std::move(connection_));
+}
+
+void ConnectionHandle::requireOwn() const {
+    if (isInherited())
+        fail(kMisuse,
+             "the connection belongs to another process, whose child this one is: disconnect, and connect anew");
 }
 
 Connection &ConnectionHandle::open() const {

@@ -4,6 +4,7 @@
 #include <list>
 
 #include "engine.h"
+#include "process.h"
 #include "statement.h"
 
 namespace ormel::client {
@@ -14,7 +15,12 @@ public:
 
     void setSslMode(uint32_t mode);
     void connect(const char *address, const char *user, const char *password);
+    // In a child that inherited the connection: lets go of it without a word to the database.
     void disconnect() noexcept;
+
+    bool isInherited() const { return connection_ != nullptr && process_ != processNumber(); }
+    // Throws Error where it is: two processes that speak on one connection would take each other's answers.
+    void requireOwn() const;
 
     // The database's side; throws Error when there is none.
     Connection &open() const;
@@ -39,6 +45,7 @@ private:
     Settings settings_;
     Dialect dialect_ = {};
     std::unique_ptr<Connection> connection_; // NULL: not connected
+    uint64_t process_ = 0;                   // which connected
     // Also those whose owner lost them: they end with the connection.
     std::list<StatementHandle> statements_;
     uint32_t errorCode_ = 0;

@@ -7,10 +7,10 @@
 #include <filesystem>
 #include <list>
 #include <mutex>
-#include <unistd.h>
 
 #include "config.h"
 #include "errors.h"
+#include "process.h"
 
 namespace ormel::client {
 
@@ -33,7 +33,7 @@ class Pool {
 public:
     explicit Pool(Pool *inherited) : inherited_(inherited) {}
 
-    bool isOfThisProcess() const { return getpid() == process_; }
+    bool isOfThisProcess() const { return processNumber() == process_; }
 
     // The process ends: nothing is kept from now on.
     void close() {
@@ -82,7 +82,7 @@ private:
         return removed;
     }
 
-    const pid_t process_ = getpid();
+    const uint64_t process_ = processNumber();
     [[maybe_unused]] Pool *const inherited_; // stays reachable
     std::mutex mutex_;
     bool isClosed_ = false;

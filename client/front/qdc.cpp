@@ -44,14 +44,20 @@ template <class Body> uint32_t onConnection(void *handle, Body body) noexcept {
     if (handle == nullptr)
         return kFailed;
     auto &conn = *static_cast<ConnectionHandle *>(handle);
-    return guarded(conn, [&] { body(conn); });
+    return guarded(conn, [&] {
+        conn.requireOwn();
+        body(conn);
+    });
 }
 
 template <class Body> uint32_t onStatement(void *handle, Body body) noexcept {
     if (handle == nullptr)
         return kFailed;
     auto &stmt = *static_cast<StatementHandle *>(handle);
-    return guarded(stmt.connection(), [&] { body(stmt); });
+    return guarded(stmt.connection(), [&] {
+        stmt.connection().requireOwn();
+        body(stmt);
+    });
 }
 
 template <class... Pointers> void require(const Pointers *...pointers) {
@@ -116,7 +122,10 @@ uint32_t qdc_connect(void *pConn, const char *pcAddress, const char *pcUser, con
 }
 
 uint32_t qdc_disconnect(void *pConn) {
-    return onConnection(pConn, [](ConnectionHandle &conn) { conn.disconnect(); });
+    if (pConn == nullptr)
+        return kFailed;
+    static_cast<ConnectionHandle *>(pConn)->disconnect();
+    return kOk;
 }
 
 uint32_t qdc_free_conn(void *pConn) {

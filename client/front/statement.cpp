@@ -199,6 +199,8 @@ void StatementHandle::cut() noexcept {
 void StatementHandle::drop() noexcept {
     row_.clear();
     buffer_.clear();
+    if (connection_.isInherited())
+        leaveInherited(std::move(statement_));
     statement_.reset();
     state_ = State::idle;
     affected_ = 0;

@@ -15,6 +15,9 @@ class ConnectionHandle;
 class StatementHandle {
 public:
     explicit StatementHandle(ConnectionHandle &connection) : connection_(connection) {}
+    ~StatementHandle() { drop(); }
+    StatementHandle(const StatementHandle &) = delete;
+    StatementHandle &operator=(const StatementHandle &) = delete;
 
     ConnectionHandle &connection() const { return connection_; }
 

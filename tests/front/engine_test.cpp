@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "support/client.h"
 #include "support/home.h"
@@ -186,6 +188,28 @@ TEST_F(EngineTest, StatementsEndBeforeTheirConnection) {
     EXPECT_EQ(qdc_disconnect(db), 0U);
     EXPECT_THAT(log(), HasSubstr("~statement;~connection;"));
     EXPECT_EQ(qdc_free_stmt(statement), 0U);
+    EXPECT_EQ(qdc_free_conn(db), 0U);
+}
+
+// The engine hears nothing of what a child does to connections that it has from its parent.
+TEST_F(EngineTest, IsNotAskedForWhatAChildInherited) {
+    void *db = nullptr;
+    void *statement = nullptr;
+    ASSERT_EQ(qdc_alloc_conn(&db), 0U);
+    ASSERT_EQ(qdc_connect(db, "h:1", "u", "p"), 0U);
+    ASSERT_EQ(qdc_alloc_stmt(db, &statement), 0U);
+    Connection other(kTarget);
+    const Statement query(other, "rows 5");
+    log(other);
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool refused = qdc_prepare(statement, "rows 5") != 0 && qdc_execute(query) != 0;
+        const bool ended = qdc_free_stmt(query) == 0 && qdc_disconnect(other) == 0 && qdc_free_conn(db) == 0;
+        _exit(refused && ended && log() == "connect host|5432|user|password|0|none;" ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
     EXPECT_EQ(qdc_free_conn(db), 0U);
 }
 

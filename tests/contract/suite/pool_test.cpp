@@ -21,6 +21,21 @@ protected:
 };
 CONTRACT_SUITE(PoolTest);
 
+// A child of this process, which answers by the work's status and ends as programs do.
+template <class Work> pid_t startChild(Work work) noexcept {
+    const pid_t child = fork();
+    if (child == 0)
+        std::exit(work());
+    return child;
+}
+
+// -1 where it ended otherwise.
+int answerOf(pid_t child) {
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
 TEST_P(PoolTest, TheNextUserFindsNothingOfTheLast) {
     Connection keeper = connect();
     makeTable(keeper, 1);
@@ -124,16 +139,51 @@ TEST_P(PoolTest, AChildLeavesItsParentsConnectionsAlone) {
         Connection db = connect();
         makeTable(db, 1);
     }
-    const pid_t child = fork();
-    if (child == 0) {
+    const auto use = [&] {
         Connection db;
-        std::exit(db.connect(target()) == 0 && count(db) == 1 ? 0 : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+        return db.connect(target()) == 0 && count(db) == 1 ? 0 : 1;
+    };
+    EXPECT_EQ(answerOf(startChild(use)), 0);
     Connection db = connect();
     EXPECT_EQ(count(db), 1);
+}
+
+// Nor does it speak on what its parent uses, or end it.
+TEST_P(PoolTest, AChildHasNoPartInItsParentsTransaction) {
+    for (const char *lines : {"", "client.pool=0\n"}) {
+        SCOPED_TRACE(lines);
+        configure(lines);
+        Connection keeper = connect();
+        keeper.run("drop table if exists t");
+        makeTable(keeper, 50);
+        Connection db = connect();
+        Connection freed = connect();
+        fill(db, 100, 100);
+        Statement query(db, "select id from t where id < 100 order by id");
+        query.readAhead(1);
+        query.execute();
+        const auto use = [&] {
+            uint32_t rows = 0;
+            const uint32_t begin = 0;
+            void *statement = nullptr;
+            for (const uint32_t status :
+                 {qdc_commit(db), qdc_rollback(db), qdc_set_conn_attr(db, QDC_ATTR_TRANS, &begin, sizeof begin),
+                  db.connect(target()), qdc_alloc_stmt(db, &statement), qdc_prepare(query, "select 1"),
+                  qdc_execute(query), qdc_fetch(query, &rows)})
+                if (status == 0 || db.error().find("another process") == std::string::npos)
+                    return 1;
+            if (qdc_disconnect(db) != 0 || qdc_free_conn(freed) != 0)
+                return 2;
+            if (db.connect(target()) != 0 || count(db) != 50) // no row of its parent's
+                return 3;
+            return qdc_disconnect(db) == 0 ? 0 : 4;
+        };
+        EXPECT_EQ(answerOf(startChild(use)), 0);
+        EXPECT_EQ(query.rest().size(), 50U);
+        EXPECT_OK(db, qdc_commit(db));
+        EXPECT_EQ(count(freed), 51);
+        EXPECT_EQ(count(keeper), 51);
+    }
 }
 
 TEST_P(PoolTest, AWrongNumberIsNamed) {

@@ -7,6 +7,7 @@
 
 #include "connection.h"
 #include "error.h"
+#include "fork.h"
 
 namespace ormel::client::sqlite {
 
@@ -30,6 +31,8 @@ std::string databaseFile(const Settings &settings) {
 
 class SqliteEngine final : public Engine {
 public:
+    SqliteEngine() { separateChildren(); }
+
     Dialect dialect() const override { return {'?', true, true, false, false, false}; }
 
     std::unique_ptr<Connection> connect(const Settings &settings) override {

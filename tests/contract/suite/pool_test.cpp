@@ -2,6 +2,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <memory>
 #include <thread>
 
 #include "support/contract_test.h"
@@ -184,6 +186,41 @@ TEST_P(PoolTest, AChildHasNoPartInItsParentsTransaction) {
         EXPECT_EQ(count(freed), 51);
         EXPECT_EQ(count(keeper), 51);
     }
+}
+
+// What a child opens is a connection like any other process's, whatever its parent was doing, and does.
+TEST_P(PoolTest, AChildsOwnConnectionIsItsOwn) {
+    configure("client.pool=0\n");
+    auto db = std::make_unique<Connection>(target());
+    makeTable(*db, 1);
+    fill(*db, 2, 2);
+    std::array<int, 2> connected{};
+    std::array<int, 2> alone{};
+    ASSERT_EQ(pipe(connected.data()), 0);
+    ASSERT_EQ(pipe(alone.data()), 0);
+    const auto use = [&] {
+        close(alone[1]);
+        Connection own = connect();
+        char byte = static_cast<char>('0' + count(own));
+        own.rollback();
+        if (write(connected[1], &byte, 1) != 1 || read(alone[0], &byte, 1) != 0)
+            return 1;
+        fill(own, 3, 3);
+        return qdc_commit(own) == 0 && qdc_disconnect(own) == 0 ? 0 : 2;
+    };
+    const pid_t child = startChild(use);
+    close(connected[1]);
+    char seen = 0;
+    EXPECT_EQ(read(connected[0], &seen, 1), 1);
+    EXPECT_EQ(seen, '1');
+    EXPECT_OK(*db, qdc_commit(*db));
+    db.reset();
+    close(alone[1]);
+    EXPECT_EQ(answerOf(child), 0);
+    close(connected[0]);
+    close(alone[0]);
+    Connection after = connect();
+    EXPECT_EQ(count(after), 3);
 }
 
 TEST_P(PoolTest, AWrongNumberIsNamed) {

@@ -90,10 +90,16 @@ FileIdentity identityOf(const std::string &file) noexcept {
 }
 
 // Settings, attached files and temporary tables and triggers are the connection's own, whatever becomes of the
-// transaction.
-bool altersConnection(std::string_view text, const std::string &word) {
-    return word == "PRAGMA" || word == "ATTACH" || word == "DETACH" || hasWord(text, "TEMP") ||
-           hasWord(text, "TEMPORARY");
+// transaction. It does not matter how a text says it: some settings change while it is prepared, even an EXPLAIN.
+int note(void *actions, int action, const char * /*object*/, const char * /*detail*/, const char *database,
+         const char * /*within*/) {
+    auto &noted = *static_cast<Actions *>(actions);
+    const bool ofTemporary = database != nullptr && std::string_view(database) == "temp";
+    if (action == SQLITE_TRANSACTION || action == SQLITE_SAVEPOINT)
+        noted.endTransactions = true;
+    if (action == SQLITE_PRAGMA || action == SQLITE_ATTACH || (ofTemporary && action != SQLITE_READ))
+        noted.alterConnection = true;
+    return SQLITE_OK;
 }
 
 OwnedDatabase openConnection(const std::string &file, std::chrono::milliseconds patience) {
@@ -109,7 +115,9 @@ OwnedDatabase openConnection(const std::string &file, std::chrono::milliseconds 
 
 SqliteConnection::SqliteConnection(const std::string &file, std::chrono::milliseconds patience)
     : file_(file), database_(openConnection(file, patience)), identity_(identityOf(file)),
-      transaction_(database_.get(), patience) {}
+      transaction_(database_.get(), patience) {
+    sqlite3_set_authorizer(database_.get(), note, &actions_);
+}
 
 bool SqliteConnection::recycle() noexcept {
     try {
@@ -128,11 +136,18 @@ bool SqliteConnection::alive() noexcept {
 OwnedStatement SqliteConnection::compile(std::string_view sql) {
     sqlite3_stmt *raw = nullptr;
     const char *rest = nullptr;
-    if (sqlite3_prepare_v3(database_.get(), sql.data(), static_cast<int>(sql.size()) + 1, SQLITE_PREPARE_PERSISTENT,
-                           &raw, &rest) != SQLITE_OK)
+    actions_ = {};
+    const int result = sqlite3_prepare_v3(database_.get(), sql.data(), static_cast<int>(sql.size()) + 1,
+                                          SQLITE_PREPARE_PERSISTENT, &raw, &rest);
+    altered_ = altered_ || actions_.alterConnection;
+    if (result != SQLITE_OK)
         fail(database_.get());
     OwnedStatement statement(raw);
-    const std::string_view tail = skipBlanks({rest, static_cast<size_t>(sql.data() + sql.size() - rest)});
+    if (actions_.endTransactions && sqlite3_stmt_isexplain(raw) == 0)
+        refuse(SQLITE_MISUSE, firstWord(sql) +
+                                  " cannot be run as a statement: transactions begin by themselves and end by the "
+                                  "connection's commit and rollback");
+    const std::string_view tail = statementIn({rest, static_cast<size_t>(sql.data() + sql.size() - rest)});
     if (statement == nullptr || !tail.empty())
         refuse(SQLITE_ERROR, "a text must hold one statement; here a second one, or none, begins with: " +
                                  std::string(tail.substr(0, 40)));
@@ -140,19 +155,14 @@ OwnedStatement SqliteConnection::compile(std::string_view sql) {
 }
 
 std::unique_ptr<Statement> SqliteConnection::prepare(const std::string &sql) {
-    const std::string_view text = skipBlanks(sql);
+    const std::string_view text = statementIn(sql);
     if (text.empty())
         refuse(SQLITE_ERROR, "the text holds no statement");
-    const std::string word = firstWord(text);
-    const Role role = roleOf(word);
-    if (role == Role::control)
-        refuse(SQLITE_MISUSE, word + " cannot be run as a statement: transactions begin by themselves and end by the "
-                                     "connection's commit and rollback");
-    altered_ = altered_ || altersConnection(text, word);
     OwnedStatement statement = statements_.take(sql);
     if (statement == nullptr)
         statement = compile(text);
-    return std::make_unique<SqliteStatement>(transaction_, statements_, sql, role, std::move(statement));
+    return std::make_unique<SqliteStatement>(transaction_, statements_, sql, roleOf(firstWord(text)),
+                                             std::move(statement));
 }
 
 } // namespace ormel::client::sqlite

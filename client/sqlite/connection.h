@@ -15,6 +15,12 @@ struct FileIdentity {
     bool operator==(const FileIdentity &) const = default;
 };
 
+// What statements would do, as SQLite tells while it prepares them.
+struct Actions {
+    bool endTransactions = false; // or begin them
+    bool alterConnection = false; // by something that a rollback leaves
+};
+
 class SqliteConnection final : public Connection {
 public:
     // Opens the file, which comes into being if need be; its folder does not.
@@ -39,6 +45,7 @@ private:
     FileIdentity identity_;
     Transaction transaction_;
     StatementCache statements_; // closed before the database
+    Actions actions_;           // of the last text
     bool altered_ = false;      // by something that a rollback leaves
 };
 

@@ -8,23 +8,25 @@ namespace ormel::client::sqlite {
 
 namespace {
 
-constexpr std::array<std::pair<std::string_view, Role>, 13> kRoles = {{
+constexpr std::array<std::pair<std::string_view, Role>, 7> kRoles = {{
     {"INSERT", Role::change},
     {"REPLACE", Role::change},
     {"UPDATE", Role::change},
     {"DELETE", Role::change},
     {"WITH", Role::change},
-    {"BEGIN", Role::control},
-    {"COMMIT", Role::control},
-    {"END", Role::control},
-    {"ROLLBACK", Role::control},
-    {"SAVEPOINT", Role::control},
-    {"RELEASE", Role::control},
     {"PRAGMA", Role::apart},
     {"VACUUM", Role::apart},
 }};
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 } // namespace
+
+std::string_view statementIn(std::string_view text) {
+    for (text = skipBlanks(text); text.starts_with(kByteOrderMark); text = skipBlanks(text))
+        text.remove_prefix(kByteOrderMark.size());
+    return text;
+}
 
 Role roleOf(std::string_view firstWord) {
     const auto *found =

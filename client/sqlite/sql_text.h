@@ -7,10 +7,12 @@
 
 namespace ormel::client::sqlite {
 
+// The text from its statement on, if there is one. SQLite takes a byte order mark for a blank.
+std::string_view statementIn(std::string_view text);
+
 enum class Role {
-    change,  // of rows, which SQLite counts
-    control, // begins or ends a transaction
-    apart,   // stands outside of transactions, or refuses to run in one
+    change, // of rows, which SQLite counts
+    apart,  // stands outside of transactions, or refuses to run in one
     other
 };
 

@@ -210,11 +210,14 @@ TEST_F(ConnectionTest, wrongTextsFailInTheDatabasesWords) {
 
 TEST_F(ConnectionTest, transactionsAreNotEndedByStatements) {
     const auto connection = connect();
-    for (const char *sql :
-         {"BEGIN", "begin immediate", "COMMIT;", "/* */ END", "ROLLBACK", "SAVEPOINT a", "RELEASE a"}) {
+    for (const char *sql : {"BEGIN", "begin immediate", "COMMIT;", "/* */ END", "ROLLBACK", "SAVEPOINT a", "RELEASE a",
+                            "\xEF\xBB\xBF"
+                            "COMMIT",
+                            "COMMIT; SELECT 1"}) {
         const Error error = errorOf([&] { connection->prepare(sql); });
         EXPECT_EQ(error.code, static_cast<uint32_t>(SQLITE_MISUSE)) << sql;
         EXPECT_THAT(error.message, HasSubstr("commit and rollback")) << sql;
+        EXPECT_THAT(error.message, testing::MatchesRegex("[A-Z]+ cannot be run .*")) << sql;
     }
     EXPECT_FALSE(query(*connection, "EXPLAIN COMMIT").empty());
 }

@@ -64,12 +64,40 @@ TEST_P(FilePoolTest, OtherSettingsTakeOtherConnections) {
 
 // What only closing undoes.
 TEST_P(FilePoolTest, SettingsOfAConnectionCloseIt) {
-    for (const char *sql : {"pragma foreign_keys", "create temp table x (y integer)"}) {
+    useAndLeave();
+    for (const char *sql :
+         {"pragma foreign_keys", "\xEF\xBB\xBFpragma foreign_keys=off", "explain pragma foreign_keys=off",
+          "explain query plan pragma foreign_keys=off", "attach ':memory:' as other", "create temp table x (y integer)",
+          "create table temp.x (y integer)", "create temporary view x as select 1",
+          "create temp trigger x after insert on t begin select 1; end"}) {
+        SCOPED_TRACE(sql);
+        {
+            Connection db = connect();
+            makeTable(db);
+            db.run(sql);
+            EXPECT_OK(db, qdc_commit(db));
+        }
+        EXPECT_EQ(opened(), 0);
         Connection db = connect();
-        db.run(sql);
+        EXPECT_EQ(db.rows("pragma foreign_keys"), Rows{rowOf("1")});
+        db.run("drop table t");
         db.commit();
     }
-    EXPECT_EQ(opened(), 0);
+    Connection db = connect();
+    EXPECT_FALSE(db.refusal("pragma foreign_keys=off; select 1").empty());
+    qdc_disconnect(db);
+    EXPECT_EQ(opened(), 0) << "the setting was changed before the text was refused";
+}
+
+TEST_P(FilePoolTest, WordsThatSettingsHaveTooDoNotCloseIt) {
+    Connection db = connect();
+    db.run("create table pragma (temp integer, attach integer)");
+    db.run("insert into pragma (temp) values (1)");
+    db.commit();
+    db.rows("with temp as (select temp from pragma) select * from temp");
+    db.rows("select * from sqlite_temp_master");
+    qdc_disconnect(db);
+    EXPECT_EQ(opened(), 1);
 }
 
 TEST_P(FilePoolTest, AnotherFileInItsPlaceIsFound) {

@@ -137,7 +137,7 @@ std::string placeOf(const Settings &settings) {
 } // namespace
 
 OwnedConnection openConnection(const Settings &settings) {
-    const auto deadline = Clock::now() + milliseconds(settings, "client.connect_timeout_ms", 2000);
+    const auto deadline = Clock::now() + connectTimeout(settings);
     const auto tryAddress = [&](const Address &address, Clock::time_point end) {
         OwnedConnection connection = start(conninfoOf(settings, address));
         logIn(connection.get(), address, end);

@@ -8,7 +8,9 @@ namespace ormel::client::postgres {
 
 class PostgresConnection final : public Connection {
 public:
-    explicit PostgresConnection(OwnedConnection connection) : session_(std::move(connection)), columns_(session_) {}
+    // Patience: how long a connect may take.
+    PostgresConnection(OwnedConnection connection, std::chrono::milliseconds patience)
+        : session_(std::move(connection), patience), columns_(session_) {}
 
     std::unique_ptr<Statement> prepare(const std::string &sql) override;
 

@@ -3,6 +3,7 @@
 
 #include "connect.h"
 #include "connection.h"
+#include "settings.h"
 
 namespace ormel::client::postgres {
 
@@ -13,7 +14,7 @@ public:
     Dialect dialect() const override { return {'$', false, false, true, true, true}; }
 
     std::unique_ptr<Connection> connect(const Settings &settings) override {
-        return std::make_unique<PostgresConnection>(openConnection(settings));
+        return std::make_unique<PostgresConnection>(openConnection(settings), connectTimeout(settings));
     }
 };
 

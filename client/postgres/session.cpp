@@ -13,11 +13,13 @@ namespace ormel::client::postgres {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr char kFailedTransaction[] = "25P02";
 constexpr char kConnectionLost[] = "08006";
 constexpr char kOutcomeUnknown[] = "08007";
 constexpr char kDrop[] = "DEALLOCATE ";
-constexpr std::chrono::seconds kLongestAnswer(2); // most often it has come long before anybody asks
+constexpr std::chrono::milliseconds kLongestAnswer(2000); // most often it has come long before anybody asks
 
 } // namespace
 
@@ -114,6 +116,7 @@ void Session::sendRollback() {
     if (open && PQsendQuery(raw(), "ROLLBACK") != 1)
         failLost("the transaction cannot be ended");
     answerDue_ = open;
+    answerEnd_ = Clock::now() + std::min(kLongestAnswer, patience_);
 }
 
 bool Session::settle() noexcept {
@@ -127,11 +130,11 @@ bool Session::settle() noexcept {
     return rolledBack && !inTransaction();
 }
 
+// The time runs from when the rollback was sent: where many kept connections have fallen silent, a connect that asks
+// one after the other waits no longer than for the first.
 bool Session::waitForAnswer() noexcept {
-    using Clock = std::chrono::steady_clock;
-    const Clock::time_point end = Clock::now() + kLongestAnswer;
     while (PQisBusy(raw()) == 1) {
-        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(answerEnd_ - Clock::now()).count();
         pollfd entry = {PQsocket(raw()), POLLIN, 0};
         const int ready = poll(&entry, 1, std::max(0, static_cast<int>(rest)));
         if (ready == 0 || (ready < 0 && errno != EINTR) || (ready > 0 && PQconsumeInput(raw()) != 1))

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,9 @@ namespace ormel::client::postgres {
 
 class Session {
 public:
-    explicit Session(OwnedConnection connection) : connection_(std::move(connection)) {}
+    // Patience: how long a connect may take.
+    Session(OwnedConnection connection, std::chrono::milliseconds patience)
+        : connection_(std::move(connection)), patience_(patience) {}
 
     PGconn *raw() const { return connection_.get(); }
 
@@ -25,7 +28,7 @@ public:
     void failTransaction();
     // Sends a rollback whose answer nobody waits for until the session is used again.
     void sendRollback();
-    // Takes that answer off the wire. False where it does not come soon, or is another one.
+    // Takes that answer off the wire. False where it did not come soon after that, or is another one.
     bool settle() noexcept;
 
     // A command that can wait until others travel; it is forgotten when the transaction ends before that.
@@ -56,11 +59,13 @@ private:
     [[noreturn]] void failLost(const char *what) const;
 
     OwnedConnection connection_;
+    std::chrono::milliseconds patience_;
     std::vector<std::string> later_;
     uint64_t number_ = 0;
     uint64_t names_ = 0;
     size_t largest_ = 0;
     bool answerDue_ = false; // to a rollback
+    std::chrono::steady_clock::time_point answerEnd_;
 };
 
 } // namespace ormel::client::postgres

@@ -15,4 +15,8 @@ std::chrono::milliseconds milliseconds(const Settings &settings, const char *key
     return std::chrono::milliseconds(value);
 }
 
+std::chrono::milliseconds connectTimeout(const Settings &settings) {
+    return milliseconds(settings, "client.connect_timeout_ms", 2000);
+}
+
 } // namespace ormel::client::postgres

@@ -16,15 +16,13 @@ namespace ormel::client {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr uint32_t kDefaultMost = 8;
 constexpr std::chrono::seconds kLongestIdle(60);
 
 struct Idle {
     Settings settings;
     std::filesystem::path directory; // which relative paths of the settings mean
-    Clock::time_point since;
+    std::chrono::steady_clock::time_point since;
     std::unique_ptr<Connection> connection;
 };
 
@@ -56,13 +54,13 @@ public:
 
     void keep(const Settings &settings, std::unique_ptr<Connection> connection, size_t most) {
         std::list<Idle> added;
-        added.push_back({settings, std::filesystem::current_path(), Clock::now(), std::move(connection)});
+        added.push_back({settings, std::filesystem::current_path(), g_poolClock(), std::move(connection)});
         std::list<Idle> closed; // when the lock is free again
         const std::lock_guard lock(mutex_);
         if (isClosed_)
             return;
         idle_.splice(idle_.begin(), added);
-        while (idle_.size() > most || Clock::now() - idle_.back().since > kLongestIdle)
+        while (idle_.size() > most || g_poolClock() - idle_.back().since > kLongestIdle)
             closed.splice(closed.end(), idle_, std::prev(idle_.end()));
     }
 
@@ -72,7 +70,7 @@ private:
         std::list<Idle> removed;
         std::list<Idle> closed;
         const std::lock_guard lock(mutex_);
-        while (!idle_.empty() && Clock::now() - idle_.back().since > kLongestIdle)
+        while (!idle_.empty() && g_poolClock() - idle_.back().since > kLongestIdle)
             closed.splice(closed.end(), idle_, std::prev(idle_.end()));
         const auto found = std::find_if(idle_.begin(), idle_.end(), [&](const Idle &idle) {
             return idle.settings == settings && idle.directory == directory;

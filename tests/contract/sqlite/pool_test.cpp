@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "sqlite/sqlite_engine.h"
+#include "support/child.h"
 
 namespace {
 
@@ -98,6 +99,25 @@ TEST_P(FilePoolTest, WordsThatSettingsHaveTooDoNotCloseIt) {
     db.rows("select * from sqlite_temp_master");
     qdc_disconnect(db);
     EXPECT_EQ(opened(), 1);
+}
+
+// Who closes the last connection to a file takes its log away.
+TEST_P(FilePoolTest, TheEndOfTheProcessClosesIt) {
+    configure("client.pool=0\n");
+    {
+        Connection db = connect();
+        makeTable(db);
+    }
+    configure("");
+    const auto useAndEnd = [&] {
+        Connection db = connect();
+        fill(db, 1, 1);
+        return qdc_commit(db) == 0 && qdc_disconnect(db) == 0 && opened() == 1 ? 0 : 1;
+    };
+    EXPECT_EQ(answerOf(startChild(useAndEnd)), 0);
+    EXPECT_FALSE(fs::exists(file().string() + "-wal"));
+    Connection db = connect();
+    EXPECT_EQ(count(db), 1);
 }
 
 TEST_P(FilePoolTest, AnotherFileInItsPlaceIsFound) {

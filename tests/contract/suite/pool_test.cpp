@@ -1,11 +1,9 @@
 // Connections that are kept and given to the next user.
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <array>
 #include <memory>
 #include <thread>
 
+#include "support/child.h"
 #include "support/contract_test.h"
 
 namespace {
@@ -22,21 +20,6 @@ protected:
     }
 };
 CONTRACT_SUITE(PoolTest);
-
-// A child of this process, which answers by the work's status and ends as programs do.
-template <class Work> pid_t startChild(Work work) noexcept {
-    const pid_t child = fork();
-    if (child == 0)
-        std::exit(work());
-    return child;
-}
-
-// -1 where it ended otherwise.
-int answerOf(pid_t child) {
-    int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 TEST_P(PoolTest, TheNextUserFindsNothingOfTheLast) {
     Connection keeper = connect();

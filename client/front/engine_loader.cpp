@@ -36,8 +36,9 @@ Engine *open(const std::string &name) {
     // Never unloaded: connections and their destructors live in it.
     void *library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (library == nullptr)
-        fail(kConfiguration, "the database engine " + name + " cannot be loaded: " + dlerror() + "; set db.driver in " +
-                                 kConfigFile + " to an engine that is installed");
+        fail(kConfiguration, "the database engine " + name + " cannot be loaded: " + dlerror() +
+                                 "; install what it needs, or set db.driver in " + kConfigFile +
+                                 " to an engine that is installed");
     const auto entry = reinterpret_cast<EngineEntry>(dlsym(library, kEngineEntry));
     Engine *engine = entry != nullptr ? entry() : nullptr;
     if (engine == nullptr)

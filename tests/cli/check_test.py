@@ -5,7 +5,7 @@ import socket
 import time
 import unittest
 
-from harness import DirectoryTest, HomeTest
+from harness import ORMEL, DirectoryTest, HomeTest
 
 WRONG = "ormel: the database does not do all that it should: {} failed\n"
 
@@ -66,6 +66,30 @@ class Check(HomeTest):
     def test_an_engine_that_is_not_there(self):
         self.configure("db.driver", "nonesuch")
         self.assertIn("nonesuch", self.refused(1, "check"))
+
+
+class NoClientLibrary(HomeTest):
+    """A host without libpq: whoever needs it looks for a library of another name, and finds none."""
+
+    def setUp(self):
+        super().setUp()
+        built = os.path.join(os.path.dirname(ORMEL), "..", "lib")
+        os.makedirs(self.path("lib/ormeldb/engines"))
+        for name in ["libormeldb.so.0", "libqdclient.so", "ormeldb/engines/sqlite.so", "ormeldb/engines/postgres.so"]:
+            with open(os.path.join(built, name), "rb") as file:
+                library = file.read()
+            self.write(f"lib/{name}", library.replace(b"\0libpq.so.5\0", b"\0libpq.so.-\0"))
+        self.environment = {**os.environ, "LD_LIBRARY_PATH": self.path("lib")}
+
+    def test_is_needed_by_the_embedded_engine(self):
+        self.assertIn("sqlite", self.ormel("check", env=self.environment))
+        self.ormel("sql", "CREATE TABLE t (a INTEGER)", env=self.environment)
+
+    def test_is_named_with_the_remedy_where_it_is_needed(self):
+        self.configure("db.driver", "postgres")
+        line = self.refused(1, "check", env=self.environment)
+        self.assertIn("the database engine postgres cannot be loaded: libpq.so.-: cannot open shared object file", line)
+        self.assertIn("; install what it needs, or set db.driver in ../conf/db.conf to an engine that is installed", line)
 
 
 class NoServer(DirectoryTest):

@@ -122,6 +122,7 @@ SqliteConnection::SqliteConnection(const std::string &file, std::chrono::millise
 bool SqliteConnection::recycle() noexcept {
     try {
         transaction_.rollback();
+        sqlite3_set_last_insert_rowid(database_.get(), 0);
         return !altered_;
     } catch (...) {
         return false;

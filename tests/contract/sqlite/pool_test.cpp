@@ -101,6 +101,18 @@ TEST_P(FilePoolTest, WordsThatSettingsHaveTooDoNotCloseIt) {
     EXPECT_EQ(opened(), 1);
 }
 
+TEST_P(FilePoolTest, TheLastUsersRowNumberGoesWithThem) {
+    {
+        Connection db = connect();
+        makeTable(db, 7);
+        EXPECT_EQ(db.rows("select last_insert_rowid()"), Rows{rowOf("7")});
+    }
+    EXPECT_EQ(opened(), 1);
+    Connection db = connect();
+    EXPECT_EQ(db.rows("select last_insert_rowid()"), Rows{rowOf("0")});
+    EXPECT_EQ(opened(), 1);
+}
+
 // Who closes the last connection to a file takes its log away.
 TEST_P(FilePoolTest, TheEndOfTheProcessClosesIt) {
     configure("client.pool=0\n");

@@ -37,7 +37,7 @@ constexpr std::array<KnownType, 29> kTypes = {{
     {1083, By::itself, {kText, 36, 0, 0}},  // time
     {1266, By::itself, {kText, 36, 0, 0}},  // time with time zone
     {1114, By::itself, {kText, 36, 0, 0}},  // timestamp
-    {1184, By::itself, {kText, 40, 0, 0}},  // timestamp with time zone, which may have seconds
+    {1184, By::itself, {kText, 36, 0, 0}},  // timestamp with time zone
     {2950, By::itself, {kText, 37, 0, 0}},  // uuid
     {1186, By::itself, {kText, 128, 0, 0}}, // interval
     {869, By::itself, {kText, 64, 0, 0}},   // inet

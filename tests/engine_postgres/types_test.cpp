@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
     Others, ServerType,
     testing::Values(Expected{"date", 1082, -1, 10, 36, 0, 0}, Expected{"time(3)", 1083, 3, 10, 36, 0, 0},
                     Expected{"timetz", 1266, -1, 10, 36, 0, 0}, Expected{"timestamp", 1114, -1, 10, 36, 0, 0},
-                    Expected{"timestamptz(6)", 1184, 6, 10, 40, 0, 0}, Expected{"uuid", 2950, -1, 10, 37, 0, 0},
+                    Expected{"timestamptz(6)", 1184, 6, 10, 36, 0, 0}, Expected{"uuid", 2950, -1, 10, 37, 0, 0},
                     Expected{"interval", 1186, -1, 10, 128, 0, 0}, Expected{"inet", 869, -1, 10, 64, 0, 0},
                     Expected{"cidr", 650, -1, 10, 64, 0, 0}, Expected{"macaddr", 829, -1, 10, 64, 0, 0},
                     Expected{"money", 790, -1, 10, 64, 0, 0}, Expected{"json", 114, -1, 13, 44, 0, 0},

@@ -110,7 +110,7 @@ std::vector<DeclaredType> PostgresEngine::declaredTypes() const {
         {"time", kText, 36},
         {"time with time zone", kText, 36},
         {"timestamp", kText, 36},
-        {"timestamptz", kText, 40},
+        {"timestamptz", kText, 36},
         {"uuid", kText, 37},
         {"interval", kText, 128},
         {"inet", kText, 64},

@@ -1,7 +1,8 @@
 // Every failure at the edge, on purpose: for each operation of the library the 1st, 2nd, 3rd ... call to the file
 // system, for a lock and for memory fails, once and from then on, until the operation succeeds untouched. Whatever
 // fails, the operation says so by one of its codes or succeeds whole; what it wrote is there whole or not at all, the
-// database is sound, nothing stays open, and the next call works.
+// database is sound, nothing stays open, and the next call works. Where an operation cannot do without what fails, it
+// must have failed.
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -169,8 +170,10 @@ protected:
             prepare();
             const Attempt tried = attemptFailing(operation_, failing_, first, lasting);
             check(tried);
-            if (!tried.failed || HasFailure())
+            if (!tried.failed || HasFailure()) {
+                EXPECT_TRUE(first > 1 || !mustReach()) << "this never fails";
                 return;
+            }
             ++g_figures.faults;
         }
     }
@@ -189,6 +192,14 @@ private:
     Outcome attemptUntouched() const {
         prepare();
         return operations::attempt(operation_.run);
+    }
+
+    // Whether the operation cannot do without what fails. A kept connection is there, and knows the tables.
+    bool mustReach() const {
+        if (failing_.place == Place::disk)
+            return operation_.writes || scene_.scene == Scene::crash;
+        const std::string_view name = operation_.name;
+        return scene_.scene != Scene::keptConnection || !failing_.place || (name != "connect" && name != "describe");
     }
 
     // The client's memory may be what its handle would have been made of, which is where the words stand.

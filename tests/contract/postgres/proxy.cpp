@@ -1,6 +1,7 @@
 #include "postgres/proxy.h"
 
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <netinet/in.h>
 #include <string>
@@ -22,9 +23,11 @@ struct Proxy::Link {
         client.end();
         server.end();
     }
+    bool hasEnded() const { return running == 0; }
 
     const Socket client;
     const Socket server;
+    std::atomic<int> running = 2;
     std::thread up;
     std::thread down;
 };
@@ -77,6 +80,7 @@ void Proxy::count() {
     roundTrips_ = 0;
     armed_ = false;
     silent_ = false;
+    down_ = false;
 }
 
 Proxy::Passed Proxy::passed(Direction direction) const {
@@ -97,12 +101,42 @@ void Proxy::serve() {
         sendAtOnce(client);
         Socket server = connectTo(server_);
         if (server.get() >= 0)
-            links_.emplace_back(*this, std::move(client), std::move(server));
+            link(std::move(client), std::move(server));
     }
-    links_.clear();
+    std::list<Link> ended;
+    const std::lock_guard lock(mutex_);
+    ended.swap(links_);
+}
+
+// Their threads may still want the lock, so that they are waited for without it.
+void Proxy::link(Socket client, Socket server) {
+    std::list<Link> ended;
+    const std::lock_guard lock(mutex_);
+    for (auto known = links_.begin(); known != links_.end();) {
+        const auto each = known++;
+        if (each->hasEnded())
+            ended.splice(ended.end(), links_, each);
+    }
+    if (!down_)
+        links_.emplace_back(*this, std::move(client), std::move(server));
+}
+
+void Proxy::breakDown() {
+    const std::lock_guard lock(mutex_);
+    if (!down_)
+        return;
+    for (const Link &each : links_)
+        each.end();
 }
 
 void Proxy::pump(Link &link, Direction direction) {
+    passOn(link, direction);
+    breakDown();
+    link.end();
+    --link.running;
+}
+
+void Proxy::passOn(Link &link, Direction direction) {
     const Socket &from = direction == toServer ? link.client : link.server;
     std::array<char, 65536> chunk;
     std::string held;
@@ -112,20 +146,19 @@ void Proxy::pump(Link &link, Direction direction) {
         std::string_view rest = held;
         while (const size_t whole = messageSize(rest, first)) {
             if (!pass(link, direction, rest.substr(0, whole)))
-                return link.end();
+                return;
             rest.remove_prefix(whole);
             first = false;
         }
         held.erase(0, held.size() - rest.size());
     }
-    link.end();
 }
 
 bool Proxy::pass(Link &link, Direction direction, std::string_view message) {
     const Socket &to = direction == toServer ? link.server : link.client;
     size_t head = 0;
     const std::optional<Action> action = note(direction, message, head);
-    if (!to.sendAll(message.data(), head) || action == Action::cut)
+    if (!to.sendAll(message.data(), head) || action == Action::cut || action == Action::outage)
         return false;
     if (action != Action::delay)
         return true;
@@ -142,6 +175,7 @@ std::optional<Proxy::Action> Proxy::note(Direction direction, std::string_view m
     passing = silent_ ? 0 : fails ? head(direction, message) : message.size();
     armed_ = armed_ && !fails;
     silent_ = silent_ || (fails && fault_.action == Action::silence);
+    down_ = down_ || (fails && fault_.action == Action::outage);
     ++passed_[direction].messages;
     passed_[direction].bytes += message.size();
     passed_[direction].queries += query ? 1 : 0;

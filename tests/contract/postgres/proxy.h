@@ -23,10 +23,12 @@ public:
     enum Direction { toServer, toClient };
     // halves: so many messages, and half of the next one; queries: so many simple queries (Q) of the client's
     enum class Unit { messages, halves, bytes, queries };
-    enum class Action { cut, delay, silence }; // silence: nothing passes any more, in neither direction
+    // outage: a cut of every connection, and from then on of every new one
+    // silence: nothing passes any more, in neither direction
+    enum class Action { cut, outage, delay, silence };
     static constexpr std::chrono::milliseconds kDelay{5};
 
-    // Happens once, when so much has passed in one direction and more is on its way.
+    // Happens once, when so much has passed in one direction and more is on its way; what lasts, lasts until count().
     struct Fault {
         Direction direction;
         uint64_t after;
@@ -60,7 +62,12 @@ private:
     struct Link;
 
     void serve();
+    // Takes a connection on, and forgets those that have ended.
+    void link(Socket client, Socket server);
+    // Ends what there is and what will come, if the fault was an outage.
+    void breakDown();
     void pump(Link &link, Direction direction);
+    void passOn(Link &link, Direction direction);
     bool pass(Link &link, Direction direction, std::string_view message);
     // How much of a message passes before the fault happens; all of it: it does not.
     size_t head(Direction direction, std::string_view message) const;
@@ -76,7 +83,8 @@ private:
     Fault fault_ = {};
     bool armed_ = false;
     bool silent_ = false;
-    std::list<Link> links_; // the acceptor's
+    bool down_ = false;
+    std::list<Link> links_; // the acceptor adds and removes them
     std::thread acceptor_;
 };
 

@@ -76,6 +76,23 @@ TEST_P(ProxyTest, AServerThatFallsSilentIsLeftInTime) {
     unsetenv("PGDATESTYLE");
 }
 
+// Of connections that nobody uses, too.
+TEST_P(ProxyTest, AnOutageLastsUntilItIsOver) {
+    Connection busy(between());
+    Connection idle(between());
+    proxy().fail({Proxy::toServer, 0, Proxy::Unit::messages, Proxy::Action::outage});
+    EXPECT_THAT(busy.refusal("select 1"), StartsWith("08006: "));
+    EXPECT_THAT(idle.refusal("select 1"), StartsWith("08006: "));
+    for (int i = 0; i < 2; ++i) {
+        Connection db;
+        EXPECT_FAILS(db.connect(between()));
+        EXPECT_THAT(db.error(), StartsWith("08001: "));
+    }
+    proxy().count();
+    Connection db(between());
+    EXPECT_EQ(db.rows("select 1"), Rows{rowOf("1")});
+}
+
 // What goes on after a delay, and what a message is cut off from.
 TEST_P(ProxyTest, ADelayIsNoFaultAndAHalfMessageIs) {
     Connection keeper = connect();

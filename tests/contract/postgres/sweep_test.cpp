@@ -1,10 +1,8 @@
 // Every operation with its connection cut off, held up and cut short at one point of the wire after the other.
-#include <cstdlib>
 #include <functional>
-#include <iostream>
 
 #include "postgres/postgres_engine.h"
-#include "postgres/proxy.h"
+#include "postgres/wire.h"
 #include "support/contract_test.h"
 
 namespace {
@@ -15,9 +13,7 @@ using testing::StartsWith;
 
 constexpr int32_t kRowsBefore = 30;
 constexpr int32_t kRowsOfBatch = 1200; // more than are on the way at a time
-// Points for each operation, direction and way.
-constexpr uint64_t kMost = 8;
-constexpr uint64_t kMostOfNight = 100;
+constexpr MostPoints kPoints = {8, 100};
 const std::string kLarge(100'000, 'x');
 
 // What is done on an open connection. A call that fails throws.
@@ -82,7 +78,6 @@ void step(Connection &db) {
 }
 
 const Operation kOperations[] = {
-    {"connect", 0, [](Connection &) {}},
     {"insert", 1, insert},
     {"select", 0, select},
     {"write large objects", 1, writeLarge},
@@ -91,21 +86,6 @@ const Operation kOperations[] = {
     {"transaction", 2, change},
     {"cursor", 0, step},
 };
-
-struct Way {
-    Proxy::Unit unit;
-    Proxy::Action action;
-};
-constexpr Way kWays[] = {
-    {Proxy::Unit::messages, Proxy::Action::cut}, {Proxy::Unit::halves, Proxy::Action::cut},
-    {Proxy::Unit::bytes, Proxy::Action::cut},    {Proxy::Unit::messages, Proxy::Action::delay},
-    {Proxy::Unit::halves, Proxy::Action::delay},
-};
-
-bool isNightly() {
-    const char *wish = std::getenv("ORMEL_NIGHTLY");
-    return wish != nullptr && std::string_view(wish) == "1";
-}
 
 class SweepTest : public ContractTest {
 protected:
@@ -118,26 +98,14 @@ protected:
         large.execute();
         keeper_.commit();
     }
-    ~SweepTest() override {
-        std::cout << "faults tried on the wire: " << faults_ << "; the operation failed with " << failures_ << ", with "
-                  << unknown_ << " of them by an unknown outcome" << std::endl;
-    }
 
-    // Fails at points that are evenly spread over what passes when nothing fails, until nothing does.
     void sweep(const Operation &operation) {
-        const uint64_t most = isNightly() ? kMostOfNight : kMost;
+        SCOPED_TRACE(operation.name);
         proxy_.count();
         perform(operation);
-        const Proxy::Passed passed[] = {proxy_.passed(Proxy::toServer), proxy_.passed(Proxy::toClient)};
+        const WirePoints points(proxy_, kPoints);
         check(operation, true, false);
-        for (const auto direction : {Proxy::toServer, Proxy::toClient})
-            for (const Way &way : kWays) {
-                const Proxy::Passed &whole = passed[direction];
-                const uint64_t units = way.unit == Proxy::Unit::bytes ? whole.bytes : whole.messages;
-                const uint64_t stride = std::max<uint64_t>(1, units / most);
-                for (uint64_t after = 0; !HasFailure() && fail(operation, {direction, after, way.unit, way.action});)
-                    after += stride;
-            }
+        points.forEach([&](const Proxy::Fault &fault) { return fail(operation, fault); });
     }
 
 private:
@@ -160,28 +128,22 @@ private:
 
     // Returns whether it came to that.
     bool fail(const Operation &operation, const Proxy::Fault &fault) {
-        SCOPED_TRACE(std::string(operation.name) + ": direction " + std::to_string(fault.direction) + ", after " +
-                     std::to_string(fault.after) + " of unit " + std::to_string(static_cast<int>(fault.unit)) +
-                     ", action " + std::to_string(static_cast<int>(fault.action)));
         proxy_.fail(fault);
         const std::string failure = perform(operation);
         const bool happened = proxy_.hasFailed();
-        const bool isUnknown = failure.starts_with("08007: ");
-        faults_ += happened ? 1 : 0;
-        failures_ += failure.empty() ? 0 : 1;
-        unknown_ += isUnknown ? 1 : 0;
         proxy_.count();
+        figures_.add(happened, !failure.empty(), failure);
         if (!failure.empty()) {
-            EXPECT_TRUE(happened && fault.action == Proxy::Action::cut) << failure;
+            EXPECT_TRUE(happened && fault.action != Proxy::Action::delay) << failure;
             EXPECT_THAT(failure, AnyOf(StartsWith("08001: "), StartsWith("08006: "), StartsWith("08007: ")));
         }
-        check(operation, failure.empty(), isUnknown);
+        check(operation, failure.empty(), isOutcomeUnknown(failure));
         return happened;
     }
 
     // All rows or none, and that the next call works.
     void check(const Operation &operation, bool works, bool isUnknown) {
-        awaitQuiet();
+        awaitQuiet(keeper_);
         Connection next;
         ASSERT_EQ(next.connect(between()), 0U) << next.error();
         const int64_t added = count(next) - kRowsBefore;
@@ -195,21 +157,9 @@ private:
         keeper_.commit();
     }
 
-    // Until the server has seen that a connection is gone.
-    void awaitQuiet() {
-        while (!keeper_
-                    .rows("select 1 from pg_stat_activity where datname = current_database() and "
-                          "pid <> pg_backend_pid() and state <> 'idle'")
-                    .empty())
-            keeper_.rollback();
-        keeper_.rollback();
-    }
-
     Proxy proxy_{serverPort()};
     Connection keeper_{target()};
-    uint64_t faults_ = 0;
-    uint64_t failures_ = 0;
-    uint64_t unknown_ = 0;
+    WireFigures figures_;
 };
 ENGINE_SUITE(SweepTest);
 

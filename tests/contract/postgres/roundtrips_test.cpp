@@ -1,11 +1,8 @@
 // How often a plain call of the library waits for the server, counted on the wire.
-#include <cstring>
 #include <ormeldb.h>
-#include <ormeldb/platform/decrypt.h>
 
+#include "postgres/library_test.h"
 #include "postgres/postgres_engine.h"
-#include "postgres/proxy.h"
-#include "support/contract_test.h"
 
 namespace {
 
@@ -26,19 +23,13 @@ struct Piece {
 };
 #pragma pack(pop)
 
-// The library itself, between which and the server the proxy stands.
-class RoundTripsTest : public ContractTest {
+class RoundTripsTest : public LibraryTest {
 protected:
     RoundTripsTest() {
         Connection db = connect();
         makeTable(db);
-        const Target where = target();
-        configure("db.host=127.0.0.1\ndb.port=" + std::to_string(proxy_.port()) + "\ndb.user=" + where.user +
-                  "\nauth.sslmode=DISABLED\n");
-        std::strcpy(reinterpret_cast<char *>(g_decrypt_info_s) + ORMEL_DECRYPT_PASSWORD_OFFSET, where.password.c_str());
-        EXPECT_EQ(ORMEL_Init(), ORMEL_OK);
+        start("");
     }
-    ~RoundTripsTest() override { ORMEL_UnInit(); }
 
     static void insert(int32_t id) {
         Piece piece = {id, "piece"};
@@ -60,20 +51,15 @@ protected:
     }
 
     template <class Call> uint64_t roundTripsOf(Call call) {
-        proxy_.count();
+        proxy().count();
         call();
-        return proxy_.roundTrips();
+        return proxy().roundTrips();
     }
     static void expectFew(const std::vector<uint64_t> &counted, const Most &most) {
         EXPECT_LE(counted[0], most.ofNew);
         EXPECT_LE(counted[1], most.ofKnown);
         EXPECT_LE(counted[2], most.ofKnown);
     }
-
-    Proxy &proxy() { return proxy_; }
-
-private:
-    Proxy proxy_{serverPort()};
 };
 ENGINE_SUITE(RoundTripsTest);
 

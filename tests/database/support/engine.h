@@ -23,7 +23,7 @@ enum class Feature {
     refusalAfterError, // a transaction refuses further work after a failed statement
 };
 
-// A table's rule that a row can break.
+// A table's rule that a row can break; a reference is one that is looked at when the commit comes.
 enum class Rule { key, presence, check, reference };
 
 class Engine {

@@ -113,7 +113,7 @@ public:
             return "23502: " + place + "null value in column \"" + name + "\" of relation \"" + table +
                    "\" violates not-null constraint";
         case Rule::reference:
-            return "23503: " + place + "insert or update on table \"" + table +
+            return "23503: " + place + "nothing was committed: insert or update on table \"" + table +
                    "\" violates foreign key constraint \"" + table + "_" + name + "_fkey\"";
         default:
             return "23514: " + place + "new row for relation \"" + table + "\" violates check constraint \"" + name +

@@ -260,6 +260,7 @@ void SweepTest::TakeBackWhatIsKept(const Held &before, const unit::Blocks &block
     }
     if (op_.exception == Exception::rows && Held::Now().blocks > before.blocks) {
         ++seen_.exceptions;
+        EXPECT_EQ(Client().Count("get_affected_rows"), 1) << "something is kept, and the select was not yet run";
         ORMEL_ResAttMgrUnInit(); // or the cached descriptors would be taken for rows
         ORMEL_ResAttMgrInit();
         EXPECT_LE(unit::FreeNew(blocks), 5u) << "the header, the array of rows, one row and its two values";

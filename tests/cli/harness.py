@@ -12,6 +12,7 @@ ORMEL = os.environ["ORMEL"]
 EXAMPLES = os.environ["ORMEL_EXAMPLES"]  # the directory of the built example programs
 SOURCE = os.environ["ORMEL_SOURCE"]
 POSTGRES = os.environ.get("ORMEL_POSTGRES_PORT")  # of the server that with_postgres.py started; None: the embedded engine
+PATIENCE = "20000"  # for a server on a machine that has other things to do
 
 # Runs the command as on a disk that fails where a file gets long. SIGXFSZ stays ignored, as Python has it.
 FAILING_DISK = {"restore_signals": False,
@@ -58,6 +59,14 @@ class DirectoryTest(unittest.TestCase):
         self.assertTrue(lines[0].startswith("ormel: "), lines[0])
         return lines[0][len("ormel: "):]
 
+    def configure(self, key, value, home="home"):
+        """Gives a key of the home's configuration another value."""
+        file = home + "/conf/db.conf"
+        lines = self.read(file).splitlines()
+        self.assertIn(key, [line.split("=")[0] for line in lines])
+        changed = [f"{key}={value}" if line.split("=")[0] == key else line for line in lines]
+        self.write(file, "\n".join(changed) + "\n")
+
     def check(self, home="home"):
         """Runs ormel check; its exit code, what it tells by its labels, and standard error."""
         done = self.run_ormel("--home", home, "check")
@@ -75,6 +84,7 @@ class HomeTest(DirectoryTest):
             words = ["--engine", "postgres", "--host", "127.0.0.1", "--port", POSTGRES, "--dbname", "postgres",
                      "--user", "postgres"]
         self.succeed("new", "home", "--password-file", "password", *words)
+        self.configure("client.connect_timeout_ms", PATIENCE)
 
     def ormel(self, *arguments, **options):
         return self.succeed("--home", "home", *arguments, **options)
@@ -90,13 +100,6 @@ class HomeTest(DirectoryTest):
         connection = sqlite3.connect(self.path("home/data/ormel.db"), isolation_level=None)
         self.addCleanup(connection.close)
         return connection
-
-    def configure(self, key, value):
-        """Gives a key of the configuration another value."""
-        lines = self.read("home/conf/db.conf").splitlines()
-        self.assertIn(key, [line.split("=")[0] for line in lines])
-        changed = [f"{key}={value}" if line.split("=")[0] == key else line for line in lines]
-        self.write("home/conf/db.conf", "\n".join(changed) + "\n")
 
 
 def fill(test, target, count):

@@ -4,7 +4,7 @@ import os
 import time
 import unittest
 
-from harness import DirectoryTest
+from harness import DirectoryTest, PATIENCE
 from proxy import CommitCut
 
 HOST = "127.0.0.1"
@@ -26,6 +26,7 @@ class PostgresTest(DirectoryTest):
         self.write("secret", password + "\n")
         self.succeed("new", home, "--password-file", "secret", "--engine", "postgres", "--host", host, "--port", port,
                      "--dbname", dbname, "--user", user, *words)
+        self.configure("client.connect_timeout_ms", PATIENCE, home)
 
     def ormel(self, *arguments, **options):
         return self.succeed("--home", "home", *arguments, **options)

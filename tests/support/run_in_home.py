@@ -15,7 +15,8 @@ def database():
     port = os.environ.get("ORMEL_POSTGRES_PORT")
     if port is None:
         return "db.driver=sqlite\ndb.dbname=../data/ormel.db\ndb.user=tester\n", "secret"
-    return (f"db.driver=postgres\ndb.host=127.0.0.1\ndb.port={port}\ndb.dbname=postgres\ndb.user=postgres\n",
+    return (f"db.driver=postgres\ndb.host=127.0.0.1\ndb.port={port}\ndb.dbname=postgres\ndb.user=postgres\n"
+            "client.connect_timeout_ms=20000\n",  # the machine may have other things to do
             os.environ["ORMEL_POSTGRES_PASSWORD"])
 
 

@@ -71,7 +71,8 @@ const char *PostgresEngine::lacks(Feature feature) const {
 std::string PostgresEngine::makeDatabase(const Home & /*home*/) {
     const std::string name = ownDatabase();
     run(serverWith(name).get(), "DROP SCHEMA public CASCADE; CREATE SCHEMA public");
-    return "db.driver=postgres\ndb.dbname=" + name + "\n";
+    // Where time is not what a test is about, it is not to fail on a machine that has other things to do.
+    return "db.driver=postgres\ndb.dbname=" + name + "\nclient.connect_timeout_ms=20000\n";
 }
 
 Target PostgresEngine::target() const {

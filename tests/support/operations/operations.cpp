@@ -101,6 +101,14 @@ uint32_t insert() {
     return ORMEL_InsertRec("item", &added.buffer);
 }
 
+// The code of a call that counts rows: where it succeeds, it counts so many.
+uint32_t counted(uint32_t code, uint32_t rows, uint32_t expected) {
+    if (code == ORMEL_OK) {
+        EXPECT_EQ(rows, expected);
+    }
+    return code;
+}
+
 uint32_t update() {
     Object values("item");
     Object condition("item");
@@ -108,30 +116,21 @@ uint32_t update() {
     ORMEL_ObjectInt32Set(condition, "id", 2);
     uint32_t rows = 0;
     const uint32_t code = ORMEL_UpdateRecByObj(values, condition, &rows);
-    if (code == ORMEL_OK) {
-        EXPECT_EQ(rows, 1U);
-    }
-    return code;
+    return counted(code, rows, 1);
 }
 
 uint32_t remove() {
     IdCondition some(ORMEL_OP_LESS_EQUAL, 3);
     uint32_t rows = 0;
     const uint32_t code = ORMEL_DeleteRec("item", some.get(), &rows);
-    if (code == ORMEL_OK) {
-        EXPECT_EQ(rows, 3U);
-    }
-    return code;
+    return counted(code, rows, 3);
 }
 
 uint32_t count() {
     IdCondition some(ORMEL_OP_LESS_EQUAL, 30);
     uint32_t rows = 0;
     const uint32_t code = ORMEL_LocalExistRecord("item", some.get(), &rows);
-    if (code == ORMEL_OK) {
-        EXPECT_EQ(rows, 30U);
-    }
-    return code;
+    return counted(code, rows, 30);
 }
 
 uint32_t select() {
